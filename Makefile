@@ -1,0 +1,45 @@
+# The two set-up commands are `make run` and `make test`; each installs what is missing first.
+JOBS ?= $(shell nproc)
+FUZZ_SECONDS ?= 60
+DEV := build/dev
+CORVALOG_WERROR ?= OFF
+
+.PHONY: all deps configure build run test bench bench-gate fuzz asan format
+
+all: build
+
+deps:
+	@scripts/install-deps
+
+configure: deps
+	@cmake --preset dev -DCORVALOG_WERROR=$(CORVALOG_WERROR) >/dev/null
+
+build: configure
+	cmake --build --preset dev -j $(JOBS)
+
+run: build
+	@if [ -x $(DEV)/app/corvalog ]; then $(DEV)/app/corvalog $(ARGS); \
+	else echo "the desktop application is not built yet; try $(DEV)/cli/corvalog-cli --help"; fi
+
+test: build
+	ctest --preset dev -j $(JOBS)
+
+bench: build
+	$(DEV)/bench/corvalog_bench $(BENCH_ARGS)
+
+# The figures the project promises, checked against the benchmark binary.
+bench-gate: build
+	scripts/check-bench $(DEV)/bench/corvalog_bench
+
+asan: deps
+	@cmake --preset asan >/dev/null
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan -j $(JOBS)
+
+fuzz: deps
+	@cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/run-fuzzers build/fuzz $(FUZZ_SECONDS)
+
+format:
+	clang-format -i $$(git ls-files '*.cpp' '*.h')

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "CliArgs.h"
+
+#include <ostream>
+
+namespace corvalog::cli {
+
+// Each command reads its arguments, prints its stable output and returns the exit code
+// (0 done, 1 the input was wrong in a way the system reports, e.g. an expression error).
+int runEval(CliArgs &args, std::ostream &out);
+int runRewrite(CliArgs &args, std::ostream &out);
+int runFormat(CliArgs &args, std::ostream &out);
+int runDecode(CliArgs &args, std::ostream &out);
+int runPacket(CliArgs &args, std::ostream &out);
+
+} // namespace corvalog::cli

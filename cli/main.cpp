@@ -1,0 +1,76 @@
+#include "CliArgs.h"
+#include "Commands.h"
+#include "runtime/NumberLocale.h"
+
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
+
+using namespace corvalog;
+using namespace corvalog::cli;
+
+namespace {
+
+const char *const kUsage = R"(usage: corvalog-cli [--comma-decimal] COMMAND ARGS...
+
+Commands:
+  eval EXPR [--tag FF12=12.5]... [--chan 3=7]...
+        rewrite and evaluate a channel expression; prints "<Type> <value>"
+  rewrite EXPR
+        the rewritten expression and its error, lqi, batt and timeout scripts
+  format EXPR PATTERN [--tag ...] [--chan ...]
+        the value of EXPR formatted with PATTERN
+  decode HEX
+        decode a typed value given as hexadecimal bytes; prints "<Type> <value>"
+  packet --tag FF12 (--value TEXT | --value-hex HEX) --rssi N --cv N [--batt N] [--err N]
+        handle one packet on fresh tables; prints "T=<value> TL=<n> TB=<n> TE=<n>"
+
+Numbers are written and read with "." unless --comma-decimal is given.
+Exit status: 0 done, 1 the system reported an error, 2 wrong usage.
+)";
+
+struct Command {
+    const char *name;
+    int (*run)(CliArgs &, std::ostream &);
+};
+
+const Command kCommands[] = {
+    { "eval", runEval },
+    { "rewrite", runRewrite },
+    { "format", runFormat },
+    { "decode", runDecode },
+    { "packet", runPacket },
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    std::vector<std::string> words;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--comma-decimal") == 0)
+            setNumberLocale(NumberLocale::comma());
+        else
+            words.emplace_back(argv[i]);
+    }
+    if (words.empty() || words[0] == "--help" || words[0] == "-h" || words[0] == "help") {
+        (words.empty() ? std::cerr : std::cout) << kUsage;
+        return words.empty() ? 2 : 0;
+    }
+    for (const Command &command : kCommands) {
+        if (words[0] != command.name)
+            continue;
+        CliArgs args(std::vector<std::string>(words.begin() + 1, words.end()));
+        try {
+            return command.run(args, std::cout);
+        } catch (const UsageError &e) {
+            std::cerr << "corvalog-cli " << command.name << ": " << e.what()
+                      << "\n(run 'corvalog-cli --help' for usage)\n";
+            return 2;
+        }
+    }
+    std::cerr << "corvalog-cli: unknown command '" << words[0]
+              << "'\n(run 'corvalog-cli --help' for usage)\n";
+    return 2;
+}

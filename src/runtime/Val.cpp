@@ -1,0 +1,98 @@
+#include "Val.h"
+
+#include "VbError.h"
+
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <string>
+
+namespace corvalog {
+
+namespace {
+
+bool isIgnored(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+double radixValue(const std::string &s, std::size_t i, int radix)
+{
+    std::uint64_t v = 0;
+    for (; i < s.size(); ++i) {
+        const int c = std::toupper(static_cast<unsigned char>(s[i]));
+        int d = -1;
+        if (c >= '0' && c <= '9')
+            d = c - '0';
+        else if (c >= 'A' && c <= 'F')
+            d = c - 'A' + 10;
+        if (d < 0 || d >= radix)
+            break;
+        v = v * radix + d;
+        if (v > 0xFFFFFFFFull)
+            throw VbError(vberr::Overflow);
+    }
+    if (v <= 0xFFFF)
+        return static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(v));
+}
+
+} // namespace
+
+double Val(std::string_view text)
+{
+    std::string s;
+    s.reserve(text.size());
+    for (char c : text) {
+        if (!isIgnored(c))
+            s += c;
+    }
+    if (s.size() >= 2 && s[0] == '&') {
+        const char kind = static_cast<char>(std::toupper(static_cast<unsigned char>(s[1])));
+        if (kind == 'H')
+            return radixValue(s, 2, 16);
+        if (kind == 'O')
+            return radixValue(s, 2, 8);
+        return 0.0;
+    }
+    std::size_t i = 0;
+    std::string number;
+    if (i < s.size() && (s[i] == '-' || s[i] == '+')) {
+        if (s[i] == '-')
+            number += '-';
+        ++i;
+    }
+    int digits = 0;
+    for (; i < s.size() && std::isdigit(static_cast<unsigned char>(s[i])); ++i, ++digits)
+        number += s[i];
+    if (i < s.size() && s[i] == '.') {
+        number += '.';
+        for (++i; i < s.size() && std::isdigit(static_cast<unsigned char>(s[i])); ++i, ++digits)
+            number += s[i];
+    }
+    if (digits == 0)
+        return 0.0;
+    if (i < s.size() && (s[i] == 'e' || s[i] == 'E' || s[i] == 'd' || s[i] == 'D')) {
+        std::string exponent = "e";
+        std::size_t j = i + 1;
+        if (j < s.size() && (s[j] == '-' || s[j] == '+'))
+            exponent += s[j++];
+        const std::size_t expStart = j;
+        for (; j < s.size() && std::isdigit(static_cast<unsigned char>(s[j])); ++j)
+            exponent += s[j];
+        if (j > expStart)
+            number += exponent;
+    }
+    double value = 0;
+    auto res = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (res.ec == std::errc::result_out_of_range) {
+        const long double wide = std::strtold(number.c_str(), nullptr);
+        if (std::fabs(wide) > 1.0L)
+            throw VbError(vberr::Overflow);
+        return 0.0;
+    }
+    return value;
+}
+
+} // namespace corvalog

@@ -1,0 +1,105 @@
+#include <array>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/wait.h>
+
+namespace {
+
+struct CliRun {
+    std::string out;
+    int exitCode;
+};
+
+// Runs corvalog-cli with a shell-quoted argument string; stdout only.
+CliRun cli(const std::string &arguments)
+{
+    const std::string command = std::string(CORVALOG_CLI_PATH) + " " + arguments + " 2>/dev/null";
+    FILE *pipe = popen(command.c_str(), "r");
+    CliRun r { {}, -1 };
+    if (!pipe)
+        return r;
+    std::array<char, 4096> buf {};
+    while (std::fgets(buf.data(), static_cast<int>(buf.size()), pipe))
+        r.out += buf.data();
+    const int status = pclose(pipe);
+    r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return r;
+}
+
+TEST(Cli, CommandsPrintTheirStableOutput)
+{
+    const struct {
+        const char *args;
+        const char *out;
+        int exitCode;
+    } cases[] = {
+        { "eval '(<FF12>+<0012>)/2-<3>' --tag FF12=10 --tag 0012=20 --chan 3=5", "Single 10\n", 0 },
+        { "eval '32767+1'", "Long 32768\n", 0 },
+        { "eval '&HFFFF'", "Integer -1\n", 0 },
+        { "eval '1<2'", "Boolean True\n", 0 },
+        { "eval '<ff12>'", "error 1023: Expected expression\n", 1 },
+        { "eval '1/0'", "error 11: Division by zero\n", 1 },
+        { "eval 'Null'", "Null\n", 0 },
+        { "--comma-decimal eval '1/4'", "Double 0,25\n", 0 },
+        { "eval '<1>/2' --chan 1=2,5 --comma-decimal", "Single 1,25\n", 0 },
+        { "rewrite '(<FF12>+<0012>)/2-<3>'",
+            "expression=(T(65298)+T(18))/2-C(3)\nerror=TE(18) OR TE(65298) OR CE(3)\n"
+            "lqi=Min(TL(18),TL(65298),CL(3))\nbatt=TB(18) OR TB(65298) OR CB(3)\n"
+            "timeout=TT(18) OR TT(65298) OR CT(3)\n",
+            0 },
+        { "rewrite '2*PI'", "expression=2*PI\nerror=\nlqi=\nbatt=\ntimeout=\n", 0 },
+        { "decode 03FFFFFFFE", "Long -2\n", 0 },
+        { "decode '01 2A'", "Integer 42\n", 0 },
+        { "decode 0205", "String Incorrect data length to decode data type!\n", 0 },
+        { "decode 060AFF", "String 0A FF \n", 0 },
+        { "packet --tag FF12 --value 12.5 --rssi -60 --cv 100", "T=12.5 TL=100 TB=0 TE=0\n", 0 },
+        { "packet --tag ff12 --value 1 --rssi -90 --cv 60 --batt 1 --err 3", "T=1 TL=0 TB=1 TE=3\n",
+            0 },
+        { "packet --tag 10000 --value 1 --rssi -60 --cv 100", "error 9: Subscript out of range\n",
+            1 },
+        { "packet --tag 1 --value x --rssi -60 --cv 100", "error 13: Type mismatch\n", 1 },
+        { "packet --tag 1 --value 1 --rssi 32767 --cv 100", "error 6: Overflow\n", 1 },
+    };
+    for (const auto &c : cases) {
+        const CliRun r = cli(c.args);
+        EXPECT_EQ(r.out, c.out) << c.args;
+        EXPECT_EQ(r.exitCode, c.exitCode) << c.args;
+    }
+}
+
+TEST(Cli, FormatUsesTheNumberFormat)
+{
+    EXPECT_EQ(cli("format '<FF12>*2' '00.000' --tag FF12=12.5").out, "25.000\n");
+    EXPECT_EQ(cli("--comma-decimal format '1/4' '0.00'").out, "0,25\n");
+}
+
+TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
+{
+    const char *const wrong[] = {
+        "",
+        "bogus",
+        "eval",
+        "eval 1 2",
+        "eval 1 --tag FF12",
+        "eval 1 --tag FFFFF=1",
+        "eval 1 --tag FF12=abc",
+        "eval 1 --chan 25=1",
+        "eval 1 --frobnicate",
+        "rewrite",
+        "decode 0",
+        "decode zz",
+        "packet --tag FF12 --rssi 1 --cv 1",
+        "packet --tag FF12 --value 1 --value-hex 01 --rssi 1 --cv 1",
+        "packet --tag FF12 --value 1 --rssi 99999 --cv 1",
+        "packet --tag FF12 --value 1 --cv 1",
+        "packet --tag --value 1 --rssi 1 --cv 1",
+    };
+    for (const char *args : wrong) {
+        const CliRun r = cli(args);
+        EXPECT_EQ(r.exitCode, 2) << args;
+        EXPECT_EQ(r.out, "") << args;
+    }
+}
+
+} // namespace
