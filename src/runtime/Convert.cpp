@@ -1,5 +1,6 @@
 #include "Convert.h"
 
+#include "Ascii.h"
 #include "DateTime.h"
 #include "NumberText.h"
 #include "VbError.h"
@@ -48,6 +49,19 @@ float toSingle(double value)
     return f;
 }
 
+double radixWholeNumber(std::string_view digits, int radix, std::size_t &used)
+{
+    std::uint64_t v = 0;
+    for (used = 0; used < digits.size() && hexDigitValue(digits[used]) < radix; ++used) {
+        v = v * static_cast<unsigned>(radix) + static_cast<unsigned>(hexDigitValue(digits[used]));
+        if (v > 0xFFFFFFFFull)
+            throw VbError(vberr::Overflow);
+    }
+    if (v <= 0xFFFF)
+        return static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(v));
+}
+
 namespace {
 
 bool isBlank(char c)
@@ -55,35 +69,17 @@ bool isBlank(char c)
     return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
 }
 
-// Whole numbers written "&H1F" or "&O17": up to 16 bits they are Integers (so &HFFFF is -1),
-// up to 32 bits Longs, as literals are.
 bool parseRadixNumber(std::string_view s, double &out)
 {
     if (s.size() < 3 || s[0] != '&')
         return false;
-    const char kind = static_cast<char>(std::toupper(static_cast<unsigned char>(s[1])));
-    const int radix = kind == 'H' ? 16 : kind == 'O' ? 8 : 0;
+    const char kind = asciiLower(s[1]);
+    const int radix = kind == 'h' ? 16 : kind == 'o' ? 8 : 0;
     if (radix == 0)
         return false;
-    std::uint64_t v = 0;
-    for (std::size_t i = 2; i < s.size(); ++i) {
-        const int c = std::toupper(static_cast<unsigned char>(s[i]));
-        int d = -1;
-        if (c >= '0' && c <= '9')
-            d = c - '0';
-        else if (c >= 'A' && c <= 'F')
-            d = c - 'A' + 10;
-        if (d < 0 || d >= radix)
-            return false;
-        v = v * radix + d;
-        if (v > 0xFFFFFFFFull)
-            throw VbError(vberr::Overflow);
-    }
-    if (v <= 0xFFFF)
-        out = static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
-    else
-        out = static_cast<std::int32_t>(static_cast<std::uint32_t>(v));
-    return true;
+    std::size_t used = 0;
+    out = radixWholeNumber(s.substr(2), radix, used);
+    return used == s.size() - 2;
 }
 
 // Rewrites locale number text into the plain form "-123.45e-6" that from_chars reads.
@@ -274,20 +270,6 @@ std::uint8_t CByte(const Variant &v)
         return v.rawBoolean() ? 255 : 0; // True is all bits set
     return toByte(CDbl(v));
 }
-
-namespace {
-bool equalsIgnoringCase(std::string_view a, std::string_view b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i]))
-            != std::tolower(static_cast<unsigned char>(b[i])))
-            return false;
-    }
-    return true;
-}
-} // namespace
 
 bool CBool(const Variant &v)
 {

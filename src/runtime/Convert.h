@@ -12,6 +12,11 @@ namespace corvalog {
 // Rounds to the nearest whole number, ties to even (2.5 -> 2, 3.5 -> 4, -2.5 -> -2).
 double roundHalfEven(double value);
 
+// The digits of a "&H" (radix 16) or "&O" (radix 8) whole number, read from the start of
+// `digits` as far as they go; `used` says how many were read. Up to 16 bits they are an
+// Integer's pattern (FFFF is -1), up to 32 bits a Long's; beyond that, Overflow (6).
+double radixWholeNumber(std::string_view digits, int radix, std::size_t &used);
+
 // Whole-number conversions of a double: round half to even, then raise Overflow (6) when the
 // result does not fit (NaN does not fit anything).
 std::int16_t toInteger(double value);

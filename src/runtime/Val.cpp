@@ -1,5 +1,7 @@
 #include "Val.h"
 
+#include "Ascii.h"
+#include "Convert.h"
 #include "VbError.h"
 
 #include <cctype>
@@ -17,27 +19,6 @@ bool isIgnored(char c)
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-double radixValue(const std::string &s, std::size_t i, int radix)
-{
-    std::uint64_t v = 0;
-    for (; i < s.size(); ++i) {
-        const int c = std::toupper(static_cast<unsigned char>(s[i]));
-        int d = -1;
-        if (c >= '0' && c <= '9')
-            d = c - '0';
-        else if (c >= 'A' && c <= 'F')
-            d = c - 'A' + 10;
-        if (d < 0 || d >= radix)
-            break;
-        v = v * radix + d;
-        if (v > 0xFFFFFFFFull)
-            throw VbError(vberr::Overflow);
-    }
-    if (v <= 0xFFFF)
-        return static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(v));
-}
-
 } // namespace
 
 double Val(std::string_view text)
@@ -49,11 +30,10 @@ double Val(std::string_view text)
             s += c;
     }
     if (s.size() >= 2 && s[0] == '&') {
-        const char kind = static_cast<char>(std::toupper(static_cast<unsigned char>(s[1])));
-        if (kind == 'H')
-            return radixValue(s, 2, 16);
-        if (kind == 'O')
-            return radixValue(s, 2, 8);
+        const char kind = asciiLower(s[1]);
+        std::size_t used = 0;
+        if (kind == 'h' || kind == 'o')
+            return radixWholeNumber(std::string_view(s).substr(2), kind == 'h' ? 16 : 8, used);
         return 0.0;
     }
     std::size_t i = 0;

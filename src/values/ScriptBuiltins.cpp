@@ -1,5 +1,6 @@
 #include "ScriptBuiltins.h"
 
+#include "runtime/Ascii.h"
 #include "runtime/Convert.h"
 #include "runtime/Operators.h"
 #include "runtime/VbError.h"
@@ -38,17 +39,6 @@ const BuiltinInfo kBuiltins[] = {
     { "Right", Builtin::Right, 2, 2 },
     { "Mid", Builtin::Mid, 2, 3 },
 };
-
-bool sameName(std::string_view a, const char *b)
-{
-    std::size_t i = 0;
-    for (; i < a.size() && b[i]; ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i]))
-            != std::tolower(static_cast<unsigned char>(b[i])))
-            return false;
-    }
-    return i == a.size() && b[i] == 0;
-}
 
 // Text is UTF-8: lengths and positions count characters, not bytes.
 bool isContinuation(char c)
@@ -137,7 +127,7 @@ Variant roundTo(const Variant &v, std::int32_t digits)
 const BuiltinInfo *findBuiltin(std::string_view name)
 {
     for (const BuiltinInfo &b : kBuiltins) {
-        if (sameName(name, b.name))
+        if (equalsIgnoringCase(name, b.name))
             return &b;
     }
     return nullptr;

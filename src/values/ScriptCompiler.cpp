@@ -2,6 +2,7 @@
 
 #include "ScriptBuiltins.h"
 #include "ScriptClass.h"
+#include "runtime/Ascii.h"
 #include "runtime/Operators.h"
 #include "runtime/VbError.h"
 
@@ -79,18 +80,6 @@ bool isNameStart(char c)
 bool isNameChar(char c)
 {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
-}
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (std::tolower(static_cast<unsigned char>(a[i]))
-            != std::tolower(static_cast<unsigned char>(b[i])))
-            return false;
-    }
-    return true;
 }
 
 // A whole number literal takes the smallest of Integer and Long that holds it, else Double.
@@ -236,20 +225,10 @@ private:
         return false;
     }
 
-    static int digitValue(char c)
-    {
-        const int u = std::toupper(static_cast<unsigned char>(c));
-        if (u >= '0' && u <= '9')
-            return u - '0';
-        if (u >= 'A' && u <= 'F')
-            return u - 'A' + 10;
-        return 99;
-    }
-
     static bool radixDigit(char kind, char first)
     {
         const int k = std::toupper(static_cast<unsigned char>(kind));
-        return (k == 'H' && digitValue(first) < 16) || (k == 'O' && digitValue(first) < 8);
+        return (k == 'H' && hexDigitValue(first) < 16) || (k == 'O' && hexDigitValue(first) < 8);
     }
 
     Token number()
@@ -323,8 +302,8 @@ private:
             = std::toupper(static_cast<unsigned char>(m_text[m_pos + 1])) == 'H' ? 16 : 8;
         m_pos += 2;
         std::uint64_t v = 0;
-        while (m_pos < m_text.size() && digitValue(m_text[m_pos]) < radix) {
-            v = v * radix + digitValue(m_text[m_pos++]);
+        while (m_pos < m_text.size() && hexDigitValue(m_text[m_pos]) < radix) {
+            v = v * radix + hexDigitValue(m_text[m_pos++]);
             if (v > 0xFFFFFFFFull)
                 throw CompileError(vberr::InvalidNumber);
         }
