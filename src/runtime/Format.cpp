@@ -1,5 +1,6 @@
 #include "Format.h"
 
+#include "Ascii.h"
 #include "Convert.h"
 #include "DateTime.h"
 #include "NumberLocale.h"
@@ -92,11 +93,6 @@ struct CompiledFormat {
     std::array<Section, 4> sections;
 };
 
-char lower(char c)
-{
-    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 char upper(char c)
 {
     return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
@@ -104,24 +100,13 @@ char upper(char c)
 
 bool startsWithNoCase(std::string_view s, std::size_t i, std::string_view word)
 {
-    if (s.size() - i < word.size())
-        return false;
-    for (std::size_t k = 0; k < word.size(); ++k) {
-        if (lower(s[i + k]) != word[k])
-            return false;
-    }
-    return true;
-}
-
-bool equalsNoCase(std::string_view a, std::string_view lowerWord)
-{
-    return a.size() == lowerWord.size() && startsWithNoCase(a, 0, lowerWord);
+    return s.size() - i >= word.size() && equalsIgnoringCase(s.substr(i, word.size()), word);
 }
 
 // Length of an AM/PM designator at s[i] ("AM/PM", "AMPM", "A/P" in any case), or 0.
 std::size_t ampmLength(std::string_view s, std::size_t i)
 {
-    if (lower(s[i]) != 'a')
+    if (asciiLower(s[i]) != 'a')
         return 0;
     if (startsWithNoCase(s, i, "am/pm"))
         return 5;
@@ -135,7 +120,7 @@ std::size_t ampmLength(std::string_view s, std::size_t i)
 std::size_t runLength(std::string_view s, std::size_t i, char lowerChar, std::size_t limit)
 {
     std::size_t n = 0;
-    while (i + n < s.size() && n < limit && lower(s[i + n]) == lowerChar)
+    while (i + n < s.size() && n < limit && asciiLower(s[i + n]) == lowerChar)
         ++n;
     return n;
 }
@@ -147,7 +132,7 @@ Kind kindOfToken(std::string_view s, std::size_t i)
         return Kind::Number;
     if (c == '@' || c == '&' || c == '<' || c == '>' || c == '!')
         return Kind::Text;
-    switch (lower(c)) {
+    switch (asciiLower(c)) {
     case 'd':
     case 'h':
     case 'm':
@@ -308,7 +293,7 @@ void compileDate(SectionBuilder &b, Section &sec, std::string_view s)
     for (std::size_t i = 0; i < s.size();) {
         if (b.quoted(s, i))
             continue;
-        const char c = lower(s[i]);
+        const char c = asciiLower(s[i]);
         std::size_t n = 1;
         switch (c) {
         case 'd': {
@@ -505,20 +490,20 @@ void compileInto(CompiledFormat &fmt, std::string_view pattern)
 std::unique_ptr<CompiledFormat> compile(std::string_view pattern)
 {
     auto fmt = std::make_unique<CompiledFormat>();
-    if (equalsNoCase(pattern, "general number")) {
+    if (equalsIgnoringCase(pattern, "general number")) {
         fmt->kind = Kind::General;
         return fmt;
     }
     static constexpr std::string_view words[] = { "true/false", "yes/no", "on/off" };
     for (std::uint8_t w = 0; w < 3; ++w) {
-        if (equalsNoCase(pattern, words[w])) {
+        if (equalsIgnoringCase(pattern, words[w])) {
             fmt->kind = Kind::Boolean;
             fmt->words = w;
             return fmt;
         }
     }
     for (const NamedFormat &named : kNamedFormats) {
-        if (equalsNoCase(pattern, named.name)) {
+        if (equalsIgnoringCase(pattern, named.name)) {
             compileInto(*fmt, named.pattern);
             return fmt;
         }
@@ -996,7 +981,7 @@ std::string formatText(const CompiledFormat &fmt, const std::string &text)
         const std::size_t len = std::min(utf8Length(text[src]), text.size() - src);
         for (std::size_t k = 0; k < len; ++k) {
             const char c = text[src + k];
-            out += toUpper ? upper(c) : toLower ? lower(c) : c;
+            out += toUpper ? upper(c) : toLower ? asciiLower(c) : c;
         }
         src += len;
     };
