@@ -1,3 +1,4 @@
+#include "TagReplaceLiteral.h"
 #include "values/TagReplace.h"
 
 #include <benchmark/benchmark.h>

@@ -1,9 +1,29 @@
 #include "CliArgs.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 
 namespace corvalog::cli {
+
+namespace {
+
+// "--tag", "--value-hex": the shape of an option, as opposed to a value such as "--1".
+bool looksLikeOption(const std::string &w)
+{
+    return w.size() > 2 && w[0] == '-' && w[1] == '-'
+        && std::isalpha(static_cast<unsigned char>(w[2]));
+}
+
+} // namespace
+
+CliArgs::CliArgs(std::vector<std::string> words)
+{
+    const auto separator = std::find(words.begin(), words.end(), "--");
+    if (separator != words.end())
+        m_values.assign(separator + 1, words.end());
+    m_words.assign(words.begin(), separator);
+}
 
 std::vector<std::string> CliArgs::takeAll(std::string_view option)
 {
@@ -52,14 +72,17 @@ bool CliArgs::takeFlag(std::string_view option)
 
 std::vector<std::string> CliArgs::positional(std::size_t count)
 {
+    std::vector<std::string> values;
     for (const std::string &w : m_words) {
-        if (w.size() > 2 && w.rfind("--", 0) == 0)
+        if (looksLikeOption(w))
             throw UsageError("unknown option " + w);
+        values.push_back(w);
     }
-    if (m_words.size() != count)
+    values.insert(values.end(), m_values.begin(), m_values.end());
+    if (values.size() != count)
         throw UsageError(
-            m_words.size() < count ? "missing argument" : "unexpected argument " + m_words[count]);
-    return m_words;
+            values.size() < count ? "missing argument" : "unexpected argument " + values[count]);
+    return values;
 }
 
 std::int32_t parseDataTag(std::string_view text, std::size_t maxDigits)

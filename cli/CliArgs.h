@@ -20,10 +20,8 @@ public:
 class CliArgs
 {
 public:
-    explicit CliArgs(std::vector<std::string> words)
-        : m_words(std::move(words))
-    {
-    }
+    // Words after a "--" are values only, so an expression such as "--1" can be given.
+    explicit CliArgs(std::vector<std::string> words);
 
     // Removes and returns every value of a repeatable option ("--tag X" or "--tag=X").
     std::vector<std::string> takeAll(std::string_view option);
@@ -36,6 +34,7 @@ public:
 
 private:
     std::vector<std::string> m_words;
+    std::vector<std::string> m_values; // after "--"
 };
 
 // "FF12", "ff12", "12": one to `maxDigits` hexadecimal digits (four for a Data Tag; a driver

@@ -1,5 +1,6 @@
 // The fast reference rewriting must give exactly what the literal one-search-per-tag algorithm
 // gives, for every input. The literal algorithm takes milliseconds, so inputs stay short.
+#include "TagReplaceLiteral.h"
 #include "values/TagReplace.h"
 
 #include <cstddef>

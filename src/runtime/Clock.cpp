@@ -1,7 +1,7 @@
 #include "Clock.h"
 
+#include <QDateTime>
 #include <chrono>
-#include <ctime>
 
 namespace corvalog {
 
@@ -17,10 +17,7 @@ double SystemClock::now() const
     // The UTC offset changes twice a year; asking the C library on every packet would cost more
     // than the whole packet handler, so it is rechecked once a minute.
     if (seconds >= m_offsetValidUntil) {
-        std::time_t t = static_cast<std::time_t>(seconds);
-        std::tm local {};
-        localtime_r(&t, &local);
-        m_utcOffsetSeconds = local.tm_gmtoff;
+        m_utcOffsetSeconds = QDateTime::fromSecsSinceEpoch(seconds).offsetFromUtc();
         m_offsetValidUntil = seconds - seconds % 60 + 60;
     }
     return kUnixEpochDays + static_cast<double>(ms + m_utcOffsetSeconds * 1000LL) / 86400000.0;

@@ -49,6 +49,34 @@ float toSingle(double value)
     return f;
 }
 
+namespace {
+
+// from_chars reports underflow the same way as overflow; the magnitude tells them apart.
+template <typename T> T plainDecimal(const std::string &plain)
+{
+    T value {};
+    auto res = std::from_chars(plain.data(), plain.data() + plain.size(), value);
+    if (res.ec == std::errc::result_out_of_range) {
+        const long double wide = std::strtold(plain.c_str(), nullptr);
+        if (std::fabs(wide) > static_cast<long double>(std::numeric_limits<T>::max()))
+            throw VbError(vberr::Overflow);
+        return !plain.empty() && plain[0] == '-' ? -T(0) : T(0);
+    }
+    return value;
+}
+
+} // namespace
+
+double plainDecimalToDouble(const std::string &plain)
+{
+    return plainDecimal<double>(plain);
+}
+
+float plainDecimalToSingle(const std::string &plain)
+{
+    return plainDecimal<float>(plain);
+}
+
 double radixWholeNumber(std::string_view digits, int radix, std::size_t &used)
 {
     std::uint64_t v = 0;
@@ -149,23 +177,6 @@ bool canonicalNumber(std::string_view text, const NumberLocale &locale, std::str
     return i == s.size();
 }
 
-template <typename T> T convertCanonical(const std::string &canonical)
-{
-    T value {};
-    const char *first = canonical.data();
-    const char *last = first + canonical.size();
-    auto res = std::from_chars(first, last, value);
-    if (res.ec == std::errc::result_out_of_range) {
-        // from_chars reports underflow the same way as overflow; tell them apart by the sign of
-        // the decimal exponent of the first significant digit.
-        const long double wide = std::strtold(canonical.c_str(), nullptr);
-        if (std::fabs(wide) > static_cast<long double>(std::numeric_limits<T>::max()))
-            throw VbError(vberr::Overflow);
-        return canonical[0] == '-' ? -T(0) : T(0);
-    }
-    return value;
-}
-
 } // namespace
 
 bool tryParseNumericText(std::string_view text, const NumberLocale &locale, double &out)
@@ -185,7 +196,7 @@ double parseNumericText(std::string_view text, const NumberLocale &locale)
     bool isRadix = false;
     if (!canonicalNumber(text, locale, canonical, radixValue, isRadix))
         throw VbError(vberr::TypeMismatch);
-    return isRadix ? radixValue : convertCanonical<double>(canonical);
+    return isRadix ? radixValue : plainDecimalToDouble(canonical);
 }
 
 double parseNumericText(std::string_view text)
@@ -228,7 +239,7 @@ float parseSingleText(std::string_view text, const NumberLocale &locale)
     bool isRadix = false;
     if (!canonicalNumber(text, locale, canonical, radixValue, isRadix))
         throw VbError(vberr::TypeMismatch);
-    return isRadix ? static_cast<float>(radixValue) : convertCanonical<float>(canonical);
+    return isRadix ? static_cast<float>(radixValue) : plainDecimalToSingle(canonical);
 }
 
 double CDbl(const Variant &v)

@@ -17,6 +17,11 @@ double roundHalfEven(double value);
 // Integer's pattern (FFFF is -1), up to 32 bits a Long's; beyond that, Overflow (6).
 double radixWholeNumber(std::string_view digits, int radix, std::size_t &used);
 
+// Plain decimal text as from_chars reads it ("-12.5e-3"): a number too small for the type is
+// 0, one too large raises Overflow (6).
+double plainDecimalToDouble(const std::string &plain);
+float plainDecimalToSingle(const std::string &plain);
+
 // Whole-number conversions of a double: round half to even, then raise Overflow (6) when the
 // result does not fit (NaN does not fit anything).
 std::int16_t toInteger(double value);

@@ -102,11 +102,12 @@ std::string dateText(double date, char dateSeparator, char timeSeparator)
 {
     const CivilDateTime dt = civilFromDate(date);
     const std::int64_t ms = dateToMilliseconds(date);
+    // The zero date stands for a time of day alone, so it shows as one ("00:00:00").
     const bool hasDate = floorDiv(ms, kMsPerDay) != 0;
-    const bool hasTime = dt.hour != 0 || dt.minute != 0 || dt.second != 0;
+    const bool hasTime = dt.hour != 0 || dt.minute != 0 || dt.second != 0 || !hasDate;
     char buf[64];
     std::string out;
-    if (hasDate || !hasTime) {
+    if (hasDate) {
         std::snprintf(buf, sizeof buf, "%02d%c%02d%c%04d", dt.day, dateSeparator, dt.month,
             dateSeparator, dt.year);
         out = buf;

@@ -31,8 +31,8 @@ int weekdayOf(double date);
 // Number of one-second boundaries crossed from `from` to `to` (negative when `to` is earlier).
 std::int64_t dateDiffSeconds(double from, double to);
 
-// Text of a date value: "DD/MM/YYYY", "HH:MM:SS" or both, leaving out a zero date or a
-// midnight time, with the given date and time separators.
+// Text of a date value: "DD/MM/YYYY", "HH:MM:SS" or both, leaving out a zero date (its time
+// is always shown) or a midnight time, with the given date and time separators.
 std::string dateText(double date, char dateSeparator = '/', char timeSeparator = ':');
 
 } // namespace corvalog

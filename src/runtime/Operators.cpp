@@ -155,7 +155,8 @@ Variant wholeDivision(const Variant &a, const Variant &b, bool remainder)
 }
 
 // Operands of the logical operators.
-enum class LogicalKind { Boolean, Byte, Integer, Long };
+// NumericText: text that reads as a number; it takes the other operand's kind.
+enum class LogicalKind { Boolean, Byte, Integer, Long, NumericText };
 
 struct LogicalOperand {
     LogicalKind kind;
@@ -179,9 +180,13 @@ LogicalOperand logicalOperand(const Variant &v)
     case VarType::Double:
     case VarType::Date:
         return { LogicalKind::Long, toLong(v.numberValue()) };
-    case VarType::String:
-        // Text takes part as a truth value ("True", "#FALSE#", or a number: non-zero is True).
+    case VarType::String: {
+        // Numeric text takes part as its number; other text as a truth value ("True", "#FALSE#").
+        double number = 0;
+        if (tryParseNumericText(v.rawString(), numberLocale(), number))
+            return { LogicalKind::NumericText, toLong(number) };
         return { LogicalKind::Boolean, CBool(v) ? -1 : 0 };
+    }
     case VarType::Null:
         break;
     }
@@ -190,8 +195,12 @@ LogicalOperand logicalOperand(const Variant &v)
 
 LogicalKind combinedKind(LogicalKind a, LogicalKind b)
 {
+    if (a == LogicalKind::NumericText && b != LogicalKind::NumericText)
+        return b == LogicalKind::Byte ? LogicalKind::Integer : b;
+    if (b == LogicalKind::NumericText && a != LogicalKind::NumericText)
+        return a == LogicalKind::Byte ? LogicalKind::Integer : a;
     if (a == b)
-        return a;
+        return a == LogicalKind::NumericText ? LogicalKind::Long : a;
     if (a == LogicalKind::Long || b == LogicalKind::Long)
         return LogicalKind::Long;
     return LogicalKind::Integer;
@@ -207,6 +216,7 @@ Variant logicalResult(std::int32_t v, LogicalKind kind)
     case LogicalKind::Integer:
         return Variant::integer(static_cast<std::int16_t>(v));
     case LogicalKind::Long:
+    case LogicalKind::NumericText:
         break;
     }
     return Variant::longValue(v);
@@ -406,18 +416,18 @@ int numberOrder(double x, double y)
 }
 
 // Order of a text and a number (text on the left).
-int mixedOrder(const Variant &text, const Variant &number, bool literalOperand)
+int mixedOrder(const Variant &text, const Variant &number, bool numberLiteral)
 {
-    if (literalOperand)
-        return numberOrder(parseNumericText(text.rawString()), number.numberValue());
     if (number.type() == VarType::Byte || number.type() == VarType::Boolean)
         return textOrder(text.rawString(), CStr(number));
+    if (numberLiteral)
+        return numberOrder(parseNumericText(text.rawString()), number.numberValue());
     return 1; // otherwise any text is greater than any number
 }
 
 } // namespace
 
-Variant compare(const Variant &a, const Variant &b, Comparison how, bool literalOperand)
+Variant compare(const Variant &a, const Variant &b, Comparison how, bool numberLiteral)
 {
     if (a.isNull() || b.isNull())
         return Variant::null();
@@ -427,9 +437,9 @@ Variant compare(const Variant &a, const Variant &b, Comparison how, bool literal
     if (aText && bText) {
         order = textOrder(a.rawString(), b.rawString());
     } else if (aText) {
-        order = mixedOrder(a, b, literalOperand);
+        order = mixedOrder(a, b, numberLiteral);
     } else if (bText) {
-        order = -mixedOrder(b, a, literalOperand);
+        order = -mixedOrder(b, a, numberLiteral);
     } else if ((a.type() == VarType::Single && b.type() == VarType::Double)
         || (a.type() == VarType::Double && b.type() == VarType::Single)) {
         // A Single meets a Double at Single precision, so CSng(0.1) = 0.1 holds.

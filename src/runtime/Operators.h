@@ -30,10 +30,10 @@ Variant logicalImp(const Variant &a, const Variant &b);
 
 enum class Comparison { Equal, NotEqual, Less, Greater, LessEqual, GreaterEqual };
 // Boolean result, or Null when either side is Null. Numbers compare by value, texts by bytes.
-// Text against a number: when either operand was written as a literal the text is read as a
-// number (Type mismatch if it is none); otherwise the text is greater, except against a Byte
-// or Boolean, which compare as their text.
-Variant compare(const Variant &a, const Variant &b, Comparison how, bool literalOperand = false);
+// Text against a Byte or Boolean compares with their text; against a number written as a
+// literal the text is read as a number (Type mismatch if it is none); against any other
+// number the text is greater.
+Variant compare(const Variant &a, const Variant &b, Comparison how, bool numberLiteral = false);
 
 } // namespace ops
 } // namespace corvalog

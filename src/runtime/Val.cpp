@@ -64,15 +64,7 @@ double Val(std::string_view text)
         if (j > expStart)
             number += exponent;
     }
-    double value = 0;
-    auto res = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (res.ec == std::errc::result_out_of_range) {
-        const long double wide = std::strtold(number.c_str(), nullptr);
-        if (std::fabs(wide) > 1.0L)
-            throw VbError(vberr::Overflow);
-        return 0.0;
-    }
-    return value;
+    return plainDecimalToDouble(number);
 }
 
 } // namespace corvalog

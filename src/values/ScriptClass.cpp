@@ -166,9 +166,9 @@ double ScriptClass::Min(const Variant *args, std::size_t count) const
     // exactly and anything that is not a number counts as 0.
     double minimum = 9999999999.0;
     for (std::size_t i = 0; i < count; ++i) {
-        const std::string text = CStr(args[i]);
-        if (Val(text) < minimum)
-            minimum = Val(text);
+        const double value = Val(CStr(args[i]));
+        if (value < minimum)
+            minimum = value;
     }
     return minimum;
 }

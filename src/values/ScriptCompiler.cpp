@@ -3,6 +3,7 @@
 #include "ScriptBuiltins.h"
 #include "ScriptClass.h"
 #include "runtime/Ascii.h"
+#include "runtime/Convert.h"
 #include "runtime/Operators.h"
 #include "runtime/VbError.h"
 
@@ -269,15 +270,11 @@ private:
         }
         if (real) {
             const std::string s(digits[0] == '.' ? "0" + std::string(digits) : std::string(digits));
-            double v = 0;
-            auto res = std::from_chars(s.data(), s.data() + s.size(), v);
-            if (res.ec == std::errc::result_out_of_range) {
-                const auto e = s.find_first_of("eE");
-                if (e == std::string::npos || s[e + 1] != '-')
-                    throw CompileError(vberr::InvalidNumber);
-                v = 0; // vanishingly small: zero
+            try {
+                t.value = Variant::dbl(plainDecimalToDouble(s));
+            } catch (const VbError &) {
+                throw CompileError(vberr::InvalidNumber); // beyond the Double range
             }
-            t.value = Variant::dbl(v);
         }
         return t;
     }
@@ -397,7 +394,7 @@ private:
 
 // What the caller of a parse step needs to know about the operand it produced.
 struct Operand {
-    bool literal = false; // a number or text written as it stands
+    bool literal = false; // a number written as it stands
 };
 
 class Parser
@@ -422,7 +419,7 @@ public:
 private:
     void advance() { m_tok = m_lexer.next(); }
 
-    void emit(OpCode op, std::uint16_t a = 0, std::uint8_t b = 0, int stackEffect = 0)
+    void emit(OpCode op, std::uint32_t a = 0, std::uint8_t b = 0, int stackEffect = 0)
     {
         m_program.code.push_back({ op, b, a });
         m_depthNow += stackEffect;
@@ -434,7 +431,7 @@ private:
     {
         m_program.constants.push_back(std::move(v));
         emit(
-            OpCode::PushConstant, static_cast<std::uint16_t>(m_program.constants.size() - 1), 0, 1);
+            OpCode::PushConstant, static_cast<std::uint32_t>(m_program.constants.size() - 1), 0, 1);
     }
 
     struct Nesting {
@@ -558,7 +555,7 @@ private:
                 throw CompileError(vberr::SyntaxError); // objects are not part of expressions here
             advance();
             const Operand right = concat();
-            emit(OpCode::Compare, static_cast<std::uint16_t>(how),
+            emit(OpCode::Compare, static_cast<std::uint32_t>(how),
                 left.literal || right.literal ? 1 : 0, -1);
             left = {};
         }
@@ -661,10 +658,13 @@ private:
     {
         switch (m_tok.kind) {
         case Tok::Number:
-        case Tok::String:
             pushConstant(std::move(m_tok.value));
             advance();
             return { true };
+        case Tok::String:
+            pushConstant(std::move(m_tok.value));
+            advance();
+            return {};
         case Tok::True:
         case Tok::False:
             pushConstant(Variant::boolean(m_tok.kind == Tok::True));
@@ -757,7 +757,7 @@ private:
             return;
         }
         if (const ScriptMember *member = findMember(name)) {
-            callWith(OpCode::CallMember, static_cast<std::uint16_t>(member->number),
+            callWith(OpCode::CallMember, static_cast<std::uint32_t>(member->number),
                 member->minArgs, member->maxArgs, name);
             return;
         }
@@ -767,7 +767,7 @@ private:
             return;
         }
         if (const BuiltinInfo *builtin = findBuiltin(name)) {
-            callWith(OpCode::CallBuiltin, static_cast<std::uint16_t>(builtin->id), builtin->minArgs,
+            callWith(OpCode::CallBuiltin, static_cast<std::uint32_t>(builtin->id), builtin->minArgs,
                 builtin->maxArgs, name);
             return;
         }
@@ -789,7 +789,7 @@ private:
         arguments(false);
     }
 
-    void callWith(OpCode op, std::uint16_t id, int minArgs, int maxArgs, std::string_view name)
+    void callWith(OpCode op, std::uint32_t id, int minArgs, int maxArgs, std::string_view name)
     {
         const std::size_t codeBefore = m_program.code.size();
         const int depthBefore = m_depthNow;
@@ -809,7 +809,7 @@ private:
         // Names serve only the message; past 255 of them the last one stands in.
         if (m_program.names.size() < 256)
             m_program.names.emplace_back(name);
-        emit(OpCode::Raise, static_cast<std::uint16_t>(number),
+        emit(OpCode::Raise, static_cast<std::uint32_t>(number),
             static_cast<std::uint8_t>(m_program.names.size() - 1), 1);
     }
 

@@ -13,9 +13,10 @@ namespace corvalog {
 
 namespace {
 
-// Texts typed in the editor accumulate one entry per keystroke; past this many the cache
-// starts again (the running channels' programs stay alive with their holders).
+// Texts typed in the editor accumulate one entry per keystroke; past this many (or this much
+// text) the cache starts again. The running channels' programs stay alive with their holders.
 constexpr std::size_t kMaxCachedTexts = 20000;
+constexpr std::size_t kMaxCachedBytes = 4 << 20;
 
 // Member arguments arrive as the automation layer passes them: Null is no number at all.
 std::int32_t memberIndex(const Variant &v)
@@ -130,8 +131,11 @@ std::shared_ptr<const ScriptProgram> ScriptEngine::compile(std::string_view text
     auto found = m_cache.find(text);
     if (found != m_cache.end())
         return found->second->program;
-    if (m_cache.size() >= kMaxCachedTexts)
+    if (m_cache.size() >= kMaxCachedTexts || m_cachedBytes + text.size() > kMaxCachedBytes) {
         m_cache.clear();
+        m_cachedBytes = 0;
+    }
+    m_cachedBytes += text.size();
     auto entry = std::make_unique<CacheEntry>();
     entry->text.assign(text);
     entry->program = std::make_shared<const ScriptProgram>(compileScript(text));

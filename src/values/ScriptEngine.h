@@ -54,6 +54,7 @@ private:
     ScriptClass &m_sclass;
     // Keyed by views into the entries' own text, so a lookup never allocates.
     std::unordered_map<std::string_view, std::unique_ptr<CacheEntry>> m_cache;
+    std::size_t m_cachedBytes = 0;
     std::vector<Variant> m_stack;
 };
 

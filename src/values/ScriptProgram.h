@@ -35,7 +35,7 @@ enum class OpCode : std::uint8_t {
 struct Instruction {
     OpCode op;
     std::uint8_t b;
-    std::uint16_t a;
+    std::uint32_t a; // wide enough for the constants of any text the engine accepts
 };
 
 // An expression compiled once and evaluated many times. A text that did not compile keeps its

@@ -12,6 +12,7 @@ constexpr int kFirstTag = 1;
 constexpr int kLastTag = 65534;
 constexpr int kLastChannel = 24;
 
+// References are written in upper case only: <ff12> is not one.
 int hexDigit(char c)
 {
     if (c >= '0' && c <= '9')
@@ -163,39 +164,6 @@ std::string rewriteReferences(std::string_view source)
 {
     return rewriteScan(
         source, [](int) {}, [](int) {});
-}
-
-RewrittenExpression rewriteExpressionLiteral(std::string_view source)
-{
-    static const char kHex[] = "0123456789ABCDEF";
-    RewrittenExpression r;
-    r.expression = std::string(source);
-    ScriptBuilder scripts { r };
-
-    auto replaceAll = [&r](const std::string &pattern, const std::string &replacement) {
-        std::size_t at = r.expression.find(pattern);
-        if (at == std::string::npos)
-            return false;
-        while (at != std::string::npos) {
-            r.expression.replace(at, pattern.size(), replacement);
-            at = r.expression.find(pattern, at + replacement.size());
-        }
-        return true;
-    };
-
-    std::string pattern = "<0000>";
-    for (int tag = kFirstTag; tag <= kLastTag; ++tag) {
-        for (int i = 0; i < 4; ++i)
-            pattern[4 - i] = kHex[(tag >> (4 * i)) & 15];
-        if (replaceAll(pattern, "T(" + std::to_string(tag) + ")"))
-            scripts.add("TE", "TL", "TB", "TT", tag);
-    }
-    for (int channel = 1; channel <= kLastChannel; ++channel) {
-        if (replaceAll("<" + std::to_string(channel) + ">", "C(" + std::to_string(channel) + ")"))
-            scripts.add("CE", "CL", "CB", "CT", channel);
-    }
-    scripts.finish();
-    return r;
 }
 
 } // namespace corvalog

@@ -23,8 +23,4 @@ RewrittenExpression rewriteExpression(std::string_view source);
 // The rewritten expression alone, exactly as rewriteExpression gives it.
 std::string rewriteReferences(std::string_view source);
 
-// The literal algorithm: one search-and-replace per Data Tag 1..65534, then per channel 1..24.
-// Kept only as the reference the fast rewriting is tested and measured against.
-RewrittenExpression rewriteExpressionLiteral(std::string_view source);
-
 } // namespace corvalog

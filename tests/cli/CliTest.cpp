@@ -41,6 +41,8 @@ TEST(Cli, CommandsPrintTheirStableOutput)
         { "eval '<ff12>'", "error 1023: Expected expression\n", 1 },
         { "eval '1/0'", "error 11: Division by zero\n", 1 },
         { "eval 'Null'", "Null\n", 0 },
+        { "eval --1", "Integer 1\n", 0 },
+        { "eval -- --tag", "error 500: Variable is undefined: 'tag'\n", 0 + 1 },
         { "--comma-decimal eval '1/4'", "Double 0,25\n", 0 },
         { "eval '<1>/2' --chan 1=2,5 --comma-decimal", "Single 1,25\n", 0 },
         { "rewrite '(<FF12>+<0012>)/2-<3>'",

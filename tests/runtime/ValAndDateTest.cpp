@@ -81,7 +81,8 @@ TEST(DateTime, DateTextLeavesOutTheZeroParts)
     EXPECT_EQ(dateText(dateFromCivil({ 2026, 11, 15, 14, 3, 7 })), "15/11/2026 14:03:07");
     EXPECT_EQ(dateText(dateFromCivil({ 2026, 11, 15, 0, 0, 0 })), "15/11/2026");
     EXPECT_EQ(dateText(0.25), "06:00:00");
-    EXPECT_EQ(dateText(0.0), "30/12/1899");
+    EXPECT_EQ(dateText(0.0), "00:00:00");
+    EXPECT_EQ(dateText(1.0), "31/12/1899");
 }
 
 } // namespace

@@ -163,6 +163,16 @@ TEST_F(ScriptEngineTest, LogicAndComparisons)
         { "\"10\" > \"9\"", "Boolean False" },
         { "\"10\" > 9", "Boolean True" },
         { "\"abc\" = 5", "error 13" },
+        { "\"abc\" = (5+0)", "Boolean False" }, // only a number literal reads the text as a number
+        { "CDbl(5) > \"abc\"", "Boolean False" },
+        { "\"True\" = True", "Boolean True" }, // Booleans and Bytes compare as their text
+        { "\"true\" = True", "Boolean False" },
+        { "\"abc\" = CByte(5)", "Boolean False" },
+        { "\"4\" And 1", "Integer 0" }, // numeric text takes part as its number
+        { "\"12\" Or 0", "Integer 12" },
+        { "\"12\" Xor CLng(0)", "Long 12" },
+        { "\"True\" And 1", "Integer 1" },
+        { "\"x\" And 1", "error 13" },
         { "Empty = \"\"", "Boolean True" },
         { "Empty = 0", "Boolean True" },
         { "True = -1", "Boolean True" },
@@ -235,6 +245,7 @@ TEST_F(ScriptEngineTest, SyntaxErrorsNameWhatWasExpected)
         { "1 Is 2", 1002, "Syntax error" },
         { "&H1FFFFFFFF", 1031, "Invalid number" },
         { "1e400", 1031, "Invalid number" },
+        { "1000000000000000000000000000000000000000e300", 1031, "Invalid number" },
         { "sclass.", 1010, "Expected identifier" },
         { "*", 1023, "Expected expression" },
     };
@@ -250,6 +261,24 @@ TEST_F(ScriptEngineTest, UnknownNamesAreReportedByName)
     EXPECT_EQ(engine.Eval("Tx(3)").description, "Variable is undefined: 'Tx'");
     EXPECT_EQ(engine.Eval("Sqr()").description,
         "Wrong number of arguments or invalid property assignment: 'Sqr'");
+}
+
+TEST_F(ScriptEngineTest, LongTextsKeepEveryConstant)
+{
+    std::string text;
+    for (int i = 0; i < 70000; ++i)
+        text += "1+";
+    // More constants than 16 bits can number: a wrapped index would read a 1 for the final 0.
+    EXPECT_EQ(eval(text + "0"), "Long 70000");
+}
+
+TEST_F(ScriptEngineTest, TheCacheStaysBoundedByTextSize)
+{
+    const std::string padding(200000, ' ');
+    for (int i = 0; i < 100; ++i)
+        engine.Eval(std::to_string(i) + padding);
+    EXPECT_LT(engine.cachedTexts(), 30u);
+    EXPECT_EQ(eval("41" + padding), "Integer 41");
 }
 
 TEST_F(ScriptEngineTest, DeepNestingIsAnErrorNotACrash)

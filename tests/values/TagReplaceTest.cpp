@@ -1,5 +1,6 @@
 #include "values/TagReplace.h"
 
+#include "TagReplaceLiteral.h"
 #include "runtime/Clock.h"
 #include "values/ScriptClass.h"
 
