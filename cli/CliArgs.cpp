@@ -70,7 +70,7 @@ bool CliArgs::takeFlag(std::string_view option)
     return found;
 }
 
-std::vector<std::string> CliArgs::positional(std::size_t count)
+std::vector<std::string> CliArgs::positionalAll()
 {
     std::vector<std::string> values;
     for (const std::string &w : m_words) {
@@ -79,6 +79,12 @@ std::vector<std::string> CliArgs::positional(std::size_t count)
         values.push_back(w);
     }
     values.insert(values.end(), m_values.begin(), m_values.end());
+    return values;
+}
+
+std::vector<std::string> CliArgs::positional(std::size_t count)
+{
+    const std::vector<std::string> values = positionalAll();
     if (values.size() != count)
         throw UsageError(
             values.size() < count ? "missing argument" : "unexpected argument " + values[count]);

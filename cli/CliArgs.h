@@ -31,6 +31,8 @@ public:
     bool takeFlag(std::string_view option);
     // The remaining words, which must be exactly `count` positional values.
     std::vector<std::string> positional(std::size_t count);
+    // The remaining words, however many (none may look like an option).
+    std::vector<std::string> positionalAll();
 
 private:
     std::vector<std::string> m_words;

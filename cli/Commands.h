@@ -13,5 +13,8 @@ int runRewrite(CliArgs &args, std::ostream &out);
 int runFormat(CliArgs &args, std::ostream &out);
 int runDecode(CliArgs &args, std::ostream &out);
 int runPacket(CliArgs &args, std::ostream &out);
+int runIni(CliArgs &args, std::ostream &out);
+int runWorkspace(CliArgs &args, std::ostream &out);
+int runCheck(CliArgs &args, std::ostream &out);
 
 } // namespace corvalog::cli

@@ -25,6 +25,16 @@ Commands:
         decode a typed value given as hexadecimal bytes; prints "<Type> <value>"
   packet --tag FF12 (--value TEXT | --value-hex HEX) --rssi N --cv N [--batt N] [--err N]
         handle one packet on fresh tables; prints "T=<value> TL=<n> TB=<n> TE=<n>"
+  ini get FILE SECTION KEY DEFAULT
+        a settings value as the program reads it (the default when missing or empty)
+  ini set FILE SECTION KEY VALUE
+        change one settings value in place (exit 1 when the file could not be written)
+  workspace show FILE
+        the workspace as JSON; messages of the load on stderr
+  workspace upgrade IN OUT
+        load IN (converting a version 1 file) and save it as OUT
+  check FILE
+        one line per channel: "<n> ok" or "<n> error <number>: <description>"
 
 Numbers are written and read with "." unless --comma-decimal is given.
 Exit status: 0 done, 1 the system reported an error, 2 wrong usage.
@@ -41,6 +51,9 @@ const Command kCommands[] = {
     { "format", runFormat },
     { "decode", runDecode },
     { "packet", runPacket },
+    { "ini", runIni },
+    { "workspace", runWorkspace },
+    { "check", runCheck },
 };
 
 } // namespace

@@ -19,6 +19,28 @@ std::string_view vbErrorDescription(int number)
         return "Out of stack space";
     case vberr::TypeMismatch:
         return "Type mismatch";
+    case vberr::BadFileName:
+        return "Bad file name or number";
+    case vberr::FileNotFound:
+        return "File not found";
+    case vberr::DeviceIoError:
+        return "Device I/O error";
+    case vberr::FileAlreadyExists:
+        return "File already exists";
+    case vberr::DiskFull:
+        return "Disk full";
+    case vberr::TooManyFiles:
+        return "Too many files";
+    case vberr::DeviceUnavailable:
+        return "Device unavailable";
+    case vberr::PermissionDenied:
+        return "Permission denied";
+    case vberr::RenameAcrossDrives:
+        return "Can't rename with different drive";
+    case vberr::PathFileAccessError:
+        return "Path/File access error";
+    case vberr::PathNotFound:
+        return "Path not found";
     case vberr::InvalidUseOfNull:
         return "Invalid use of Null";
     case vberr::ObjectRequired:

@@ -1,5 +1,7 @@
 #include <array>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/wait.h>
@@ -76,6 +78,42 @@ TEST(Cli, FormatUsesTheNumberFormat)
     EXPECT_EQ(cli("--comma-decimal format '1/4' '0.00'").out, "0,25\n");
 }
 
+TEST(Cli, WorkspacesAndSettings)
+{
+    const std::string examples = CORVALOG_EXAMPLES;
+    const std::string dir = ::testing::TempDir() + "corvalog-cli-test";
+    std::system(("rm -rf '" + dir + "' && mkdir -p '" + dir + "'").c_str());
+
+    EXPECT_EQ(cli("ini set '" + dir + "/c.ini' Sec Key 'a value'").exitCode, 0);
+    EXPECT_EQ(cli("ini get '" + dir + "/c.ini' sec KEY def").out, "a value\n");
+    EXPECT_EQ(cli("ini get '" + dir + "/c.ini' Sec Other def").out, "def\n");
+    EXPECT_EQ(cli("ini get '" + dir + "/none.ini' Sec Key def").out, "def\n");
+    EXPECT_EQ(cli("ini set '" + dir + "/no/such/c.ini' Sec Key v").exitCode, 1);
+
+    const CliRun shown = cli("workspace show '" + examples + "/demo.lws'");
+    EXPECT_EQ(shown.exitCode, 0);
+    EXPECT_EQ(shown.out.rfind("{\n  \"Version\": 2,\n  \"Title\": \"Corvalog demo\",", 0), 0u)
+        << shown.out;
+    EXPECT_NE(shown.out.find("\"DataTagList\": \"<FF12>\""), std::string::npos);
+    EXPECT_NE(shown.out.find("\"Default\": -9999999,"), std::string::npos);
+
+    EXPECT_EQ(
+        cli("workspace upgrade '" + examples + "/version1.lws' '" + dir + "/up.lws'").exitCode, 0);
+    EXPECT_EQ(
+        cli("workspace show '" + dir + "/up.lws'").out.find("\"<1>+<2>+<3>\"") != std::string::npos,
+        true);
+    EXPECT_EQ(cli("workspace show '" + dir + "/missing.lws'").exitCode, 1);
+
+    std::ofstream(dir + "/bad.lws")
+        << "[Workspace]\nType=CORVALOG\nVersion=2\nChannels=3\n"
+        << "DataTagList1=<FF12>*2\nDataTagList2=(<FF12>\nDataTagList3=Foo(<1>)/<2>\n";
+    const CliRun checked = cli("check '" + dir + "/bad.lws'");
+    EXPECT_EQ(checked.out,
+        "1 ok\n2 error 1006: Expected ')'\n3 error 500: Variable is undefined: 'Foo'\n");
+    EXPECT_EQ(checked.exitCode, 1);
+    EXPECT_EQ(cli("check '" + examples + "/every-feature.lws'").exitCode, 0);
+}
+
 TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
 {
     const char *const wrong[] = {
@@ -96,6 +134,14 @@ TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
         "packet --tag FF12 --value 1 --rssi 99999 --cv 1",
         "packet --tag FF12 --value 1 --cv 1",
         "packet --tag --value 1 --rssi 1 --cv 1",
+        "ini",
+        "ini get a b c",
+        "ini put a b c d",
+        "workspace",
+        "workspace show",
+        "workspace upgrade only-one",
+        "workspace frob x",
+        "check",
     };
     for (const char *args : wrong) {
         const CliRun r = cli(args);

@@ -1,0 +1,126 @@
+#include "Commands.h"
+#include "JsonWriter.h"
+#include "StderrPrompts.h"
+#include "runtime/Clock.h"
+#include "runtime/NumberText.h"
+#include "runtime/VbError.h"
+#include "values/ScriptClass.h"
+#include "values/ScriptEngine.h"
+#include "values/TagReplace.h"
+#include "workspace/INIFileModule.h"
+#include "workspace/WorkspaceModule.h"
+
+#include <iostream>
+#include <memory>
+
+namespace corvalog::cli {
+
+namespace {
+
+std::string jsonNumber(float v)
+{
+    return singleText(v, '.');
+}
+
+void writeJson(const WorkspaceClass &ws, std::ostream &out)
+{
+    JsonWriter json(out);
+    json.beginObject();
+    json.number("Version", std::to_string(ws.Version));
+    json.text("Title", ws.Title);
+    json.text("Notes", ws.Notes);
+    json.number("Interface", std::to_string(ws.Interface));
+    json.number("Port", std::to_string(ws.Port));
+    json.number("Baudrate", std::to_string(ws.Baudrate));
+    json.number("Channels", std::to_string(ws.Channels));
+    json.number("LogInterval", std::to_string(ws.LogInterval));
+    json.number("RFChannel", std::to_string(ws.RFChannel));
+    json.number("BSAddress", std::to_string(ws.BSAddress));
+    json.number("KeepAwake", std::to_string(ws.KeepAwake));
+    json.beginArray("items");
+    for (const ItemClass &item : ws.Items) {
+        json.beginObject();
+        json.number("DataTag", std::to_string(item.DataTag));
+        json.text("DataTagList", item.DataTagList);
+        json.text("Caption", item.Caption);
+        json.text("Format", item.Format);
+        json.number("TareValue", jsonNumber(item.TareValue));
+        json.number("Timeout", std::to_string(item.Timeout));
+        json.number("Default", jsonNumber(item.Default));
+        json.number("Underload", jsonNumber(item.Underload));
+        json.number("Overload", jsonNumber(item.Overload));
+        json.number("Functionality", std::to_string(item.Functionality));
+        json.endObject();
+    }
+    json.endArray();
+    json.endObject();
+}
+
+// Errors that only say something about the values at hand (none have arrived yet here), not
+// about the expression: an overflow, a division by zero, an invalid argument.
+bool dependsOnValues(int error)
+{
+    return error == vberr::Overflow || error == vberr::DivisionByZero
+        || error == vberr::InvalidProcedureCall;
+}
+
+} // namespace
+
+int runIni(CliArgs &args, std::ostream &out)
+{
+    const std::vector<std::string> words = args.positional(5);
+    if (words[0] == "get") {
+        out << ReadINI(words[1], words[2], words[3], words[4]) << "\n";
+        return 0;
+    }
+    if (words[0] == "set") {
+        if (WriteINI(words[1], words[2], words[3], words[4]))
+            return 0;
+        std::cerr << "Error: cannot write " << words[1] << "\n";
+        return 1;
+    }
+    throw UsageError("ini takes get or set, not '" + words[0] + "'");
+}
+
+int runWorkspace(CliArgs &args, std::ostream &out)
+{
+    const std::vector<std::string> words = args.positionalAll();
+    const bool show = !words.empty() && words[0] == "show";
+    const bool upgrade = !words.empty() && words[0] == "upgrade";
+    if (!(show && words.size() == 2) && !(upgrade && words.size() == 3))
+        throw UsageError("use 'workspace show FILE' or 'workspace upgrade IN OUT'");
+    StderrPrompts prompts(std::cerr);
+    WorkspaceClass ws;
+    if (!LoadWorkspace(ws, words[1], prompts))
+        return 1;
+    if (show) {
+        writeJson(ws, out);
+        return 0;
+    }
+    return SaveWorkspace(ws, words[2], prompts) ? 0 : 1;
+}
+
+int runCheck(CliArgs &args, std::ostream &out)
+{
+    const std::string file = args.positional(1)[0];
+    StderrPrompts prompts(std::cerr);
+    WorkspaceClass ws;
+    if (!LoadWorkspace(ws, file, prompts))
+        return 1;
+    ManualClock clock;
+    auto tables = std::make_unique<ScriptClass>(clock);
+    ScriptEngine engine(*tables);
+    bool allValid = true;
+    for (int n = 1; n <= static_cast<int>(ws.Items.size()); ++n) {
+        const EvalResult r = engine.Eval(rewriteReferences(ws.item(n).DataTagList));
+        if (r.ok() || dependsOnValues(r.error)) {
+            out << n << " ok\n";
+        } else {
+            out << n << " error " << r.error << ": " << r.description << "\n";
+            allValid = false;
+        }
+    }
+    return allValid ? 0 : 1;
+}
+
+} // namespace corvalog::cli

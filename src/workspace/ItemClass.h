@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace corvalog {
+
+// One display channel of a workspace. A new item is all zeros and empty; loading fills it from
+// the file (with the defaults for missing keys), the editor from its own defaults.
+struct ItemClass {
+    // Persisted.
+    std::int16_t DataTag = 0; // single Data Tag; only read when converting version 1 files
+    std::string DataTagList; // the channel expression, e.g. "(<FF12>+<0012>)/2-<3>"
+    std::string Caption;
+    std::string Format; // number format of the value, e.g. "00.000"
+    float TareValue = 0;
+    std::int16_t Timeout = 0; // seconds
+    float Default = 0; // shown when the channel's modules are silent or in error
+    float Underload = 0; // flashes below
+    float Overload = 0; // flashes above
+    std::int16_t Functionality = 0; // 0 none, 1 peak, 2 trough, 3 light, 4 medium, 5 heavy filter
+
+    // Filled by activation from DataTagList, not saved.
+    std::string DataTagExpression;
+    std::string DataTagErrorScript;
+    std::string DataTagLQIScript;
+    std::string DataTagBattScript;
+    std::string DataTagTimeoutScript;
+};
+
+} // namespace corvalog

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "runtime/UserPrompts.h"
+
+#include <deque>
+#include <string>
+#include <vector>
+
+namespace corvalog {
+
+// A UserPrompts that records every request and gives scripted answers (then safe defaults:
+// Cancel, No or Ok; no input; no file), so tests can assert exact titles, icons and texts.
+class RecordingPrompts final : public UserPrompts
+{
+public:
+    struct Message {
+        std::string title;
+        std::string text;
+        PromptIcon icon;
+        PromptButtons buttons;
+    };
+
+    PromptAnswer message(const std::string &title, const std::string &text, PromptIcon icon,
+        PromptButtons buttons) override;
+    std::optional<std::string> input(const std::string &title, const std::string &prompt,
+        const std::string &initialText) override;
+    std::string chooseFile(const FileDialogRequest &request) override;
+    bool openWithSystem(const std::string &pathOrAddress) override;
+
+    std::vector<Message> messages;
+    std::vector<FileDialogRequest> fileDialogs;
+    std::vector<std::string> opened;
+    std::vector<std::string> inputPrompts;
+
+    std::deque<PromptAnswer> answers;
+    std::deque<std::optional<std::string>> inputs;
+    std::deque<std::string> files;
+};
+
+} // namespace corvalog

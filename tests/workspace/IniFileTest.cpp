@@ -1,0 +1,193 @@
+#include "workspace/IniFile.h"
+
+#include "workspace/INIFileModule.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using namespace corvalog;
+
+namespace {
+
+class IniFileTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        std::string pattern = (fs::temp_directory_path() / "corvalog-ini-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        m_dir = pattern;
+    }
+    void TearDown() override { fs::remove_all(m_dir); }
+
+    std::string path(const std::string &name) const { return (m_dir / name).string(); }
+    static void put(const std::string &file, const std::string &bytes)
+    {
+        std::ofstream(file, std::ios::binary) << bytes;
+    }
+    static std::string contents(const std::string &file)
+    {
+        std::ifstream in(file, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }
+    std::size_t entries() const
+    {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(m_dir), {}));
+    }
+
+    fs::path m_dir;
+};
+
+TEST(FileErrors, MapErrnoToScriptErrors)
+{
+    struct Case {
+        int errnoValue;
+        bool folder;
+        int number;
+        const char *description;
+    };
+    const Case cases[] = {
+        { ENOENT, false, 53, "File not found" },
+        { ENOENT, true, 76, "Path not found" },
+        { ENOTDIR, false, 76, "Path not found" },
+        { EACCES, false, 70, "Permission denied" },
+        { EROFS, false, 70, "Permission denied" },
+        { ENOSPC, false, 61, "Disk full" },
+        { EISDIR, false, 75, "Path/File access error" },
+        { EEXIST, true, 75, "Path/File access error" },
+        { EEXIST, false, 58, "File already exists" },
+    };
+    for (const Case &c : cases) {
+        const FileError e = fileErrorFromErrno(c.errnoValue, c.folder);
+        EXPECT_EQ(e.number, c.number) << c.errnoValue;
+        EXPECT_EQ(e.description, c.description) << c.errnoValue;
+    }
+}
+
+TEST_F(IniFileTest, LoadFailuresNameTheCause)
+{
+    put(path("file"), "x");
+    fs::create_directory(path("folder"));
+    const std::pair<std::string, int> cases[] = {
+        { path("missing.ini"), 53 },
+        { path("nofolder/x.ini"), 76 },
+        { path("file/x.ini"), 76 },
+        { path("folder"), 75 },
+    };
+    for (const auto &[file, number] : cases) {
+        FileError error;
+        EXPECT_FALSE(loadIniFile(file, &error)) << file;
+        EXPECT_EQ(error.number, number) << file;
+    }
+}
+
+TEST_F(IniFileTest, SaveReplacesTheFileAndKeepsItsMode)
+{
+    const std::string file = path("s.ini");
+    put(file, "[a]\nk=1\n");
+    ::chmod(file.c_str(), 0640);
+    IniDocument doc = *loadIniFile(file);
+    doc.setValue("a", "k", "2");
+    ASSERT_TRUE(saveIniFile(file, doc));
+    EXPECT_EQ(contents(file), "[a]\nk=2\n");
+    struct stat st;
+    ASSERT_EQ(::stat(file.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0640u);
+    EXPECT_EQ(entries(), 1u); // no temporary file left
+
+    // Through a link the linked file is replaced and the link stays.
+    fs::create_symlink(file, path("link.ini"));
+    doc.setValue("a", "k", "3");
+    ASSERT_TRUE(saveIniFile(path("link.ini"), doc));
+    EXPECT_TRUE(fs::is_symlink(path("link.ini")));
+    EXPECT_EQ(contents(file), "[a]\nk=3\n");
+}
+
+TEST_F(IniFileTest, FailedSaveLeavesEverythingAsItWas)
+{
+    put(path("file"), "old");
+    fs::create_directory(path("folder"));
+    put(path("folder/inside"), "kept");
+    const IniDocument doc = IniDocument::parse("[a]\nk=1\n");
+    const std::pair<std::string, int> cases[] = {
+        { path("folder"), 75 },
+        { path("nofolder/x.ini"), 76 },
+        { path("file/x.ini"), 76 },
+        { "", 75 },
+    };
+    for (const auto &[file, number] : cases) {
+        FileError error;
+        EXPECT_FALSE(saveIniFile(file, doc, &error)) << file;
+        EXPECT_EQ(error.number, number) << file;
+    }
+    EXPECT_EQ(contents(path("file")), "old");
+    EXPECT_EQ(contents(path("folder/inside")), "kept");
+    EXPECT_EQ(entries(), 2u);
+
+    if (::geteuid() != 0) { // root may write anything
+        const std::string readOnly = path("ro.ini");
+        put(readOnly, "[a]\nk=0\n");
+        ::chmod(readOnly.c_str(), 0444);
+        FileError error;
+        EXPECT_FALSE(saveIniFile(readOnly, doc, &error));
+        EXPECT_EQ(error.number, 70);
+        EXPECT_EQ(contents(readOnly), "[a]\nk=0\n");
+    }
+}
+
+TEST_F(IniFileTest, ReadIniFollowsTheBufferRules)
+{
+    const std::string file = path("r.ini");
+    const std::string long300(300, 'v');
+    put(file, "[S]\nempty=\nnull=*NULL*\nlower=*null*\nlong=" + long300 + "\nq=\"*NULL*\"\n");
+    struct Case {
+        const char *key;
+        std::string fallback;
+        std::string expected;
+    };
+    const Case cases[] = {
+        { "empty", "dflt ", "dflt " }, // count 0: the Default itself
+        { "null", "d", "" },
+        { "lower", "d", "*null*" },
+        { "q", "d", "" },
+        { "long", "d", std::string(254, 'v') },
+        { "missing", "dflt  ", "dflt" }, // the reader copies the Default without trailing spaces
+        { "missing", "*NULL*", "" },
+        { "missing", long300, std::string(254, 'v') },
+    };
+    for (const Case &c : cases)
+        EXPECT_EQ(ReadINI(file, "s", c.key, c.fallback), c.expected) << c.key;
+    EXPECT_EQ(ReadINI(path("none.ini"), "s", "k", "d"), "d");
+    EXPECT_EQ(lastIniKey(), "k");
+}
+
+TEST_F(IniFileTest, WriteIniCreatesEditsAndIsSeenByReadIni)
+{
+    const std::string file = path("w.ini");
+    EXPECT_TRUE(WriteINI(file, "App", "key", "one"));
+    EXPECT_TRUE(WriteINI(file, "App", "other", "two"));
+    EXPECT_TRUE(WriteINI(file, "app", "KEY", "three"));
+    EXPECT_EQ(contents(file), "[App]\nkey=three\nother=two\n");
+    EXPECT_EQ(ReadINI(file, "APP", "key", "d"), "three");
+    EXPECT_EQ(lastIniKey(), "key");
+
+    // Rewritten behind the cache's back with the same size, then removed.
+    put(file, "[App]\nkey=THREE\nother=two\n");
+    EXPECT_EQ(ReadINI(file, "App", "key", "d"), "THREE");
+    fs::remove(file);
+    EXPECT_EQ(ReadINI(file, "App", "key", "d"), "d");
+
+    EXPECT_FALSE(WriteINI(path("nofolder/w.ini"), "a", "k", "v"));
+    EXPECT_FALSE(fs::exists(path("nofolder")));
+    fs::create_directory(path("dir.ini"));
+    EXPECT_FALSE(WriteINI(path("dir.ini"), "a", "k", "v"));
+}
+
+} // namespace

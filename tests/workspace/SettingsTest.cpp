@@ -1,0 +1,258 @@
+#include "workspace/Settings.h"
+
+#include "RecordingPrompts.h"
+#include "workspace/FileDialog.h"
+#include "workspace/INIFileModule.h"
+#include "workspace/SystemFolders.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <optional>
+#include <vector>
+
+using namespace corvalog;
+
+namespace {
+
+void touch(const std::string &path)
+{
+    std::ofstream(path) << "";
+}
+
+std::string fileText(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return { std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>() };
+}
+
+// A program folder, an application-data folder and a documents folder under one temporary root.
+struct Folders {
+    QTemporaryDir root;
+    std::string base = root.path().toStdString();
+    std::string program = base + "/program";
+    std::string appData = base + "/appdata";
+    std::string documents = base + "/docs";
+    Folders()
+    {
+        for (const std::string *folder : { &program, &appData, &documents })
+            QDir().mkpath(QString::fromStdString(*folder));
+    }
+};
+
+TEST(SetUpPaths, SettlesSettingsAndLogFoldersAndHonoursConfigBesideTheProgram)
+{
+    const struct {
+        const char *configBesideProgram; // "" for none
+        bool appDataKnown;
+        bool documentsKnown;
+    } cases[] = {
+        { "", true, true },
+        { "Config.INI", true, true },
+        { "config.ini", true, true },
+        { "CONFIG.INI", true, true },
+        { "", false, true },
+        { "", true, false },
+        { "cOnFiG.iNi", false, false },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.configBesideProgram) + (c.appDataKnown ? " appdata" : "")
+            + (c.documentsKnown ? " docs" : ""));
+        Folders f;
+        const bool portable = *c.configBesideProgram != '\0';
+        if (portable)
+            touch(f.program + "/" + c.configBesideProgram);
+        RecordingPrompts prompts;
+        const SettingsPaths paths = setUpPaths(
+            { f.program, c.appDataKnown ? f.appData : "", c.documentsKnown ? f.documents : "" },
+            prompts);
+
+        const std::string appFolder = f.appData + "/Corvalog";
+        const std::string logFolder = c.documentsKnown ? f.documents + "/Corvalog Logs" : f.program;
+        const std::string settingsFolder = portable || !c.appDataKnown ? f.program : appFolder;
+        EXPECT_EQ(paths.programFolder, f.program);
+        EXPECT_EQ(paths.settingsFolder, settingsFolder);
+        EXPECT_EQ(paths.logFolder, logFolder);
+        EXPECT_EQ(paths.settingsFile,
+            settingsFolder + "/" + (portable ? c.configBesideProgram : "config.ini"));
+        EXPECT_TRUE(FolderExists(logFolder));
+        // The application-data folder is made even when a portable config then wins.
+        EXPECT_EQ(FolderExists(appFolder), c.appDataKnown);
+        EXPECT_TRUE(prompts.messages.empty());
+    }
+}
+
+TEST(MakeDir, CreatesOneLevelAndReportsOnlyRealFailures)
+{
+    Folders f;
+    const std::string plainFile = f.base + "/plain";
+    touch(plainFile);
+    const struct {
+        std::string path;
+        bool existsAfter;
+        const char *error; // "" when no message is expected
+    } cases[] = {
+        { f.base + "/new", true, "" },
+        { f.program, true, "" },
+        { plainFile, true, "" },
+        { f.base + "/missing/child", false, "76" },
+        { plainFile + "/child", false, "76" },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.path);
+        RecordingPrompts prompts;
+        MakeDir(c.path, prompts);
+        EXPECT_EQ(FolderExists(c.path), c.existsAfter);
+        if (*c.error == '\0') {
+            EXPECT_TRUE(prompts.messages.empty());
+            continue;
+        }
+        ASSERT_EQ(prompts.messages.size(), 1u);
+        EXPECT_EQ(prompts.messages[0].title, "Error");
+        EXPECT_EQ(prompts.messages[0].text,
+            std::string("Error ") + c.error + " while attempting to create folder: " + c.path);
+        EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Critical);
+        EXPECT_EQ(prompts.messages[0].buttons, PromptButtons::Ok);
+    }
+}
+
+TEST(PathIgnoringCase, PrefersTheExactSpellingThenAnyCaseThenTheNameAsGiven)
+{
+    Folders f;
+    touch(f.program + "/Config.INI");
+    touch(f.documents + "/config.ini");
+    touch(f.documents + "/CONFIG.INI");
+    touch(f.appData + "/CONFIG.INI");
+    touch(f.appData + "/Config.ini");
+    EXPECT_EQ(pathIgnoringCase(f.program, "config.ini"), f.program + "/Config.INI");
+    EXPECT_EQ(pathIgnoringCase(f.documents, "config.ini"), f.documents + "/config.ini");
+    EXPECT_EQ(pathIgnoringCase(f.appData, "config.ini"), f.appData + "/CONFIG.INI");
+    EXPECT_EQ(pathIgnoringCase(f.base, "config.ini"), f.base + "/config.ini");
+    EXPECT_EQ(pathIgnoringCase(f.base + "/none", "x"), f.base + "/none/x");
+}
+
+TEST(SystemFolders, ComeFromTheExecutableAndTheUsersStandardFolders)
+{
+    // Each test runs in its own process under ctest, but the variables are put back anyway.
+    QTemporaryDir home;
+    const QByteArray h = home.path().toUtf8();
+    const std::pair<const char *, QByteArray> vars[]
+        = { { "HOME", h }, { "XDG_DATA_HOME", h + "/data" }, { "XDG_CONFIG_HOME", h + "/config" } };
+    std::vector<std::optional<QByteArray>> saved;
+    for (const auto &[name, value] : vars) {
+        saved.push_back(
+            qEnvironmentVariableIsSet(name) ? std::optional(qgetenv(name)) : std::nullopt);
+        qputenv(name, value);
+    }
+    const SystemFolders folders = SystemFolders::current();
+    for (std::size_t i = 0; i < saved.size(); ++i)
+        saved[i] ? qputenv(vars[i].first, *saved[i]) : qunsetenv(vars[i].first);
+
+    EXPECT_TRUE(FolderExists(folders.programFolder + "/workspace_tests"));
+    EXPECT_EQ(folders.localAppData, h.toStdString() + "/data");
+    EXPECT_EQ(folders.documents, h.toStdString() + "/Documents");
+}
+
+TEST(Settings, TareKeysAccumulateOnePerZeroedChannel)
+{
+    QTemporaryDir dir;
+    const std::string file = dir.path().toStdString() + "/config.ini";
+    const struct {
+        int channel;
+        const char *key;
+        const char *text;
+    } cases[] = { { 1, "Tare1", "0.25" }, { 12, "Tare12", "-3" }, { 3, "Tare3", "1E+20" } };
+    for (const auto &c : cases) {
+        EXPECT_EQ(tareKey(c.channel), c.key);
+        EXPECT_TRUE(writeTare(file, c.channel, c.text));
+    }
+    for (const auto &c : cases)
+        EXPECT_EQ(ReadINI(file, "Settings", c.key, "absent"), c.text);
+}
+
+TEST(Settings, WindowSizeDefaultsAndRoundTripsAsDecimalText)
+{
+    QTemporaryDir dir;
+    QSettings store(dir.filePath("user.ini"), QSettings::IniFormat);
+    const WindowSize defaults = readWindowSize(store);
+    EXPECT_EQ(std::pair(defaults.width, defaults.height), std::pair(16000, 4000));
+
+    writeWindowSize(store, { 12345, 6789 });
+    EXPECT_EQ(store.value("Size/Width").toString(), "12345");
+    EXPECT_EQ(store.value("Size/Height").toString(), "6789");
+    store.sync();
+    QSettings reopened(dir.filePath("user.ini"), QSettings::IniFormat);
+    const WindowSize stored = readWindowSize(reopened);
+    EXPECT_EQ(std::pair(stored.width, stored.height), std::pair(12345, 6789));
+
+    reopened.setValue("Size/Width", "wide");
+    reopened.setValue("Size/Height", "");
+    const WindowSize garbled = readWindowSize(reopened);
+    EXPECT_EQ(std::pair(garbled.width, garbled.height), std::pair(16000, 4000));
+}
+
+using Chooser = std::string (*)(const SettingsPaths &, UserPrompts &);
+
+const struct DialogCase {
+    const char *name;
+    Chooser choose;
+    const char *section;
+    const char *defaultFile;
+    const char *title;
+    const char *extension;
+    const char *filter;
+    bool save;
+} kDialogs[] = {
+    { "log", chooseLogFile, "LogFiles", "Log Data", "Log File", "csv", "*.csv", true },
+    { "open workspace", chooseWorkspaceToOpen, "WorkspaceFiles", "Workspace",
+        "Logger Workspace File", "lws", "*.lws", false },
+    { "save workspace", chooseWorkspaceToSave, "WorkspaceFiles", "Workspace",
+        "Logger Workspace File", "lws", "*.lws", true },
+};
+
+struct DialogFixture {
+    QTemporaryDir dir;
+    SettingsPaths paths;
+    DialogFixture()
+    {
+        paths.logFolder = dir.path().toStdString() + "/logs";
+        paths.settingsFile = dir.path().toStdString() + "/config.ini";
+    }
+};
+
+TEST(FileDialogs, AskWithTheirOwnTermsAndWriteInitFileThenInitDirBackEitherWay)
+{
+    for (const DialogCase &d : kDialogs) {
+        SCOPED_TRACE(d.name);
+        DialogFixture f;
+        RecordingPrompts cancelled;
+        EXPECT_EQ(d.choose(f.paths, cancelled), "");
+        ASSERT_EQ(cancelled.fileDialogs.size(), 1u);
+        const FileDialogRequest &r = cancelled.fileDialogs[0];
+        EXPECT_EQ(r.save, d.save);
+        EXPECT_EQ(r.confirmOverwrite, d.save);
+        EXPECT_EQ(r.title, d.title);
+        EXPECT_EQ(r.defaultExtension, d.extension);
+        const decltype(r.filters) filters
+            = { { std::string("Log Files (") + d.filter + ")", d.filter },
+                  { "All Files (*.*)", "*.*" } };
+        EXPECT_EQ(r.filters, filters);
+        EXPECT_EQ(r.initialFolder, f.paths.logFolder);
+        EXPECT_EQ(r.initialFile, d.defaultFile);
+        // Cancelled: the starting values (here the defaults) are written, file name first.
+        EXPECT_EQ(ReadINI(f.paths.settingsFile, d.section, "InitFile", "?"), d.defaultFile);
+        EXPECT_EQ(ReadINI(f.paths.settingsFile, d.section, "InitDir", "?"), f.paths.logFolder);
+        const std::string text = fileText(f.paths.settingsFile);
+        EXPECT_LT(text.find("InitFile"), text.find("InitDir"));
+
+        RecordingPrompts confirmed;
+        confirmed.files.push_back("/data/run 7/morning.test");
+        EXPECT_EQ(d.choose(f.paths, confirmed), "/data/run 7/morning.test");
+        EXPECT_EQ(ReadINI(f.paths.settingsFile, d.section, "InitFile", "?"), "morning.test");
+        EXPECT_EQ(ReadINI(f.paths.settingsFile, d.section, "InitDir", "?"), "/data/run 7");
+    }
+}
+
+} // namespace
