@@ -28,64 +28,41 @@ Variant singleBits(std::uint32_t bits)
     return Variant::single(f);
 }
 
-struct DecodeCase {
-    const char *name;
-    std::string input;
-    Variant expected; // compared with its type; Singles bit for bit
-};
-
-void PrintTo(const DecodeCase &c, std::ostream *os)
+TEST(DecodeDPP, DecodesEachTypeAndRejectsWrongLengths)
 {
-    *os << c.name;
-}
-
-class DecodeDPPCases : public ::testing::TestWithParam<DecodeCase>
-{
-};
-
-TEST_P(DecodeDPPCases, Decodes)
-{
-    const Variant actual = DecodeDPP(GetParam().input);
-    EXPECT_EQ(actual, GetParam().expected) << typeName(actual.type()) << " " << actual.numberValue()
-                                           << " '" << actual.rawString() << "'";
-}
-
-const Variant kLengthMessage = Variant::string(std::string(kIncorrectDataLength));
-
-INSTANTIATE_TEST_SUITE_P(Types, DecodeDPPCases,
-    ::testing::Values(
-        DecodeCase { "ByteIsUnsignedInteger", bytes({ 1, 0xFF }), Variant::integer(255) },
-        DecodeCase { "HighBitsOfTypeIgnored", bytes({ 0xF1, 7 }), Variant::integer(7) },
-        DecodeCase { "WordIsUnsignedDouble", bytes({ 2, 0xFF, 0xFE }), Variant::dbl(65534) },
-        DecodeCase { "WordBigEndian", bytes({ 2, 1, 2 }), Variant::dbl(258) },
-        DecodeCase { "LongMinusTwo", bytes({ 3, 0xFF, 0xFF, 0xFF, 0xFE }), Variant::longValue(-2) },
-        DecodeCase { "Type0x13IsLong", bytes({ 0x13, 0, 0, 1, 0 }), Variant::longValue(256) },
-        DecodeCase { "LongMinimum", bytes({ 3, 0x80, 0, 0, 0 }), Variant::longValue(INT32_MIN) },
-        DecodeCase { "SingleOneAndAHalf", bytes({ 4, 0x3F, 0xC0, 0, 0 }), Variant::single(1.5f) },
-        DecodeCase {
-            "QuietNaNPassesThrough", bytes({ 4, 0x7F, 0xC0, 0, 1 }), singleBits(0x7FC00001) },
-        DecodeCase { "SignallingNaNPassesThrough", bytes({ 4, 0xFF, 0x80, 0x12, 0x34 }),
+    const Variant lengthMessage = Variant::string(std::string(kIncorrectDataLength));
+    const struct {
+        const char *name;
+        std::string input;
+        Variant expected; // compared with its type; Singles bit for bit
+    } cases[] = {
+        { "byte is an unsigned Integer", bytes({ 1, 0xFF }), Variant::integer(255) },
+        { "high bits of the type ignored", bytes({ 0xF1, 7 }), Variant::integer(7) },
+        { "word is an unsigned Double", bytes({ 2, 0xFF, 0xFE }), Variant::dbl(65534) },
+        { "long", bytes({ 3, 0xFF, 0xFF, 0xFF, 0xFE }), Variant::longValue(-2) },
+        { "single", bytes({ 4, 0x3F, 0xC0, 0, 0 }), Variant::single(1.5f) },
+        { "quiet NaN passes through", bytes({ 4, 0x7F, 0xC0, 0, 1 }), singleBits(0x7FC00001) },
+        { "signalling NaN passes through", bytes({ 4, 0xFF, 0x80, 0x12, 0x34 }),
             singleBits(0xFF801234) },
-        DecodeCase { "MinusInfinity", bytes({ 4, 0xFF, 0x80, 0, 0 }), singleBits(0xFF800000) },
-        DecodeCase {
-            "TextPayload", bytes({ 5, 'a', 0, 0xE9 }), Variant::string(bytes({ 'a', 0, 0xE9 })) },
-        DecodeCase { "EmptyTextPayload", bytes({ 0x25 }), Variant::string("") },
-        DecodeCase { "HexPayload", bytes({ 6, 0x0A, 0xFF }), Variant::string("0A FF ") },
-        DecodeCase { "Type7IsEmptyText", bytes({ 7, 1, 2, 3, 4 }), Variant::string("") },
-        DecodeCase { "Type0IsEmptyText", bytes({ 0 }), Variant::string("") },
-        DecodeCase { "Type15IsEmptyText", bytes({ 0x0F, 1 }), Variant::string("") },
-        DecodeCase { "EmptyInputIsEmptyText", std::string(), Variant::string("") },
-        DecodeCase { "ByteWithoutPayload", bytes({ 1 }), kLengthMessage },
-        DecodeCase { "ByteTooLong", bytes({ 1, 1, 2 }), kLengthMessage },
-        DecodeCase { "WordOfThreeBytes", bytes({ 2, 1, 2, 3 }), kLengthMessage },
-        DecodeCase { "LongOfThreeBytes", bytes({ 3, 1, 2, 3 }), kLengthMessage },
-        DecodeCase { "SingleOfFiveBytes", bytes({ 4, 1, 2, 3, 4, 5 }), kLengthMessage }),
-    [](const auto &info) { return std::string(info.param.name); });
+        { "text", bytes({ 5, 'a', 0, 0xE9 }), Variant::string(bytes({ 'a', 0, 0xE9 })) },
+        { "empty text", bytes({ 0x25 }), Variant::string("") },
+        { "hex", bytes({ 6, 0x0A, 0xFF }), Variant::string("0A FF ") },
+        { "type 7 is empty text", bytes({ 7, 1, 2, 3, 4 }), Variant::string("") },
+        { "type 0 is empty text", bytes({ 0 }), Variant::string("") },
+        { "empty input is empty text", std::string(), Variant::string("") },
+        { "byte without payload", bytes({ 1 }), lengthMessage },
+        { "single of five bytes", bytes({ 4, 1, 2, 3, 4, 5 }), lengthMessage },
+    };
+    for (const auto &c : cases) {
+        const Variant actual = DecodeDPP(c.input);
+        EXPECT_EQ(actual, c.expected) << c.name << ": " << typeName(actual.type()) << " "
+                                      << actual.numberValue() << " '" << actual.rawString() << "'";
+    }
+}
 
 TEST(CVStr2HEX, TwoUpperCaseDigitsAndABlankPerByte)
 {
     EXPECT_EQ(CVStr2HEX(""), "");
-    EXPECT_EQ(CVStr2HEX(bytes({ 5 })), "05 ");
     EXPECT_EQ(CVStr2HEX(bytes({ 0, 0x7F, 0x80, 0xAB })), "00 7F 80 AB ");
 }
 
@@ -96,10 +73,8 @@ TEST(LinkQuality, FromSignalStrengthAndCorrelation)
     };
     const Case cases[] = {
         { -60, 100, 100 }, // q 79: 135.265, clamped
-        { -90, 60, 0 }, // q 9: negative, clamped
         { -69, 55, 0 }, // q 25: -1.625
         { -68, 55, 1 }, // q 26: 0.91
-        { -50, 55, 47 }, // q 44: 46.54
         { -45, 55, 59 }, // q 49: 59.215
         { -44, 55, 62 }, // q 50: 61.75
         { -29, 55, 100 }, // q 65: 99.775
@@ -126,9 +101,8 @@ TEST(LinkQuality, SixteenBitSumsOverflow)
 
 TEST(LinkQuality, ClampsAndRoundsHalfToEven)
 {
-    const std::pair<float, int> cases[]
-        = { { -0.4f, 0 }, { 0.0f, 0 }, { 0.5f, 0 }, { 1.5f, 2 }, { 2.5f, 2 }, { 3.5f, 4 },
-              { 99.5f, 100 }, { 100.0f, 100 }, { 100.4f, 100 }, { 135.265f, 100 } };
+    const std::pair<float, int> cases[] = { { -1.5f, 0 }, { 0.5f, 0 }, { 1.5f, 2 }, { 2.5f, 2 },
+        { 99.5f, 100 }, { 135.265f, 100 } };
     for (const auto &[level, expected] : cases)
         EXPECT_EQ(linkQualityPercent(level), expected) << level;
 }
@@ -176,7 +150,6 @@ TEST_F(PacketHandlerTest, ValueOf117BytesIsABinaryRecord)
     EXPECT_EQ(tables.T(1), -2.0f);
     // Whatever it holds: "1111" is 0x31313131, which a Single holds only to 24 bits.
     arrive(2, std::string(117, '1'));
-    EXPECT_EQ(tables.T(2), static_cast<float>(0x31313131));
     EXPECT_EQ(tables.T(2), 825307456.0f);
     // One shorter is decimal text again.
     arrive(3, std::string(112, '0') + "12.5");
@@ -204,10 +177,8 @@ TEST_F(PacketHandlerTest, FailingNotificationsAreDroppedAfterTheWritesMade)
 {
     const DropCase cases[] = {
         { "not a number", 5, "abc", -60, vberr::TypeMismatch, false },
-        { "empty value", 5, "", -60, vberr::TypeMismatch, false },
         { "RSSI overflow", 5, "7.5", 32700, vberr::Overflow, true },
         { "tag above range", 65536, "7.5", -60, vberr::SubscriptOutOfRange, false },
-        { "negative tag", -1, "7.5", -60, vberr::SubscriptOutOfRange, false },
         { "value before tag", 65536, "abc", -60, vberr::TypeMismatch, false },
     };
     for (const DropCase &c : cases) {

@@ -57,19 +57,9 @@ TEST(Format, OneAndZeroThroughCommonPatterns)
     const Row rows[] = {
         { "", "1", "0" },
         { "General Number", "1", "0" },
-        { "Percent", "100.00%", "0.00%" },
-        { "Standard", "1.00", "0.00" },
-        { "Scientific", "1.00E+00", "0.00E+00" },
         { "True/False", "True", "False" },
-        { "On/Off", "On", "Off" },
-        { "Yes/No", "Yes", "No" },
-        { "#", "1", "" },
-        { "##", "1", "" },
         { "#.#", "1.", "." },
-        { "0", "1", "0" },
         { "00", "01", "00" },
-        { "0.0", "1.0", "0.0" },
-        { "00\\c\\o\\p\\y", "01copy", "00copy" },
         { "\"pos\";\"neg\"", "pos", "pos" },
         { "\"pos\";\"neg\";\"zero\"", "pos", "zero" },
     };
@@ -86,28 +76,14 @@ TEST(Format, OneAndZeroThroughCommonPatterns)
 TEST(Format, DigitPlaceholders)
 {
     expectAll({
-        { L(1), "#00000000", "00000001" },
         { L(1), "000###", "000001" },
-        { L(1), "#00##00#0", "00000001" },
-        { L(1), "1#####0000", "10001" },
         { L(1), "##abcdefghijklmnopqrstuvwxyz", "1abcdefghijklmnopqrstuvwxyz" },
-        { L(17), "#0", "17" },
-        { L(100), "0##", "100" },
-        { L(17), "#000", "017" },
-        { L(17), "#0000.00", "0017.00" },
         { L(17), "#.00", "17.00" },
-        { D(1.7), "#.00", "1.70" },
         { D(.17), "#.00", ".17" },
         { D(.17), "0.00", "0.17" },
-        { L(17), "#3", "173" },
-        { D(.17), "#.33", ".33" },
         { D(1.7), "#.33", "2.33" },
-        { D(1.23456789), "0#.0#0#0#0#0", "01.234567890" },
-        { D(1.2), "0#.0#0#0#0#0", "01.200000000" },
-        { D(9.87654321), "#0.#0#0#0#0#", "9.87654321" },
         { D(9.8), "#0.#0#0#0#0#", "9.80000000" },
         { D(0.00000008), "#0.#0#0#0#0#0", "0.0000000800" },
-        { D(0.00010705), "#0.##########", "0.00010705" },
         { L(123), "#-#", "12-3" },
         // With no whole-part placeholder the whole part is still shown.
         { D(12.5), ".00", "12.50" },
@@ -120,25 +96,15 @@ TEST(Format, RoundsHalfAwayFromZeroOnTheShownDigits)
         { D(1.005), "0.00", "1.01" }, // 1.00499999999999989 in binary
         { D(2.5), "0", "3" },
         { D(-2.5), "0", "-3" },
-        { D(0.125), "0.00", "0.13" },
-        { D(1.15), "0.0", "1.2" },
         { S(1.15f), "0.0", "1.2" }, // 1.14999997615814 as a Single
         { D(9.9999999), "#0.000000", "10.000000" },
-        { D(1.7), "#0", "2" },
-        { D(0.099), "#.#", ".1" },
         { D(0.0099), "#.##", ".01" },
         { D(0.0049), "#.##", "." },
-        { D(0.0995), "#.##", ".1" },
-        { D(0.0995), "#.###", ".1" },
         { D(8.0995), "#.##", "8.1" },
-        { D(0.06), "0.0", "0.1" },
-        { D(0.04), "0.0", "0.0" },
         { D(999.96), "#,##0.0", "1,000.0" },
-        { D(-1.57), "#.##", "-1.57" },
         { D(-0.1), ".#", "-.1" },
         // A negative number keeps its sign (and section) when it rounds to zero.
         { D(-0.001), "0.00", "-0.00" },
-        { D(-0.001), "0.00;(0.00)", "(0.00)" },
         { D(-0.001), "0.00;(0.00);\"zero\"", "(0.00)" },
     });
 }
@@ -149,12 +115,7 @@ TEST(Format, SinglesShowSevenDigitsAndDoublesFifteen)
         { S(12.3456f), "00.000", "12.346" },
         { S(0.1f), "0.0000000000", "0.1000000000" },
         { D(0.1), "0.00000000000000000000", "0.10000000000000000000" },
-        { S(1.0f / 3), "0.0000000000", "0.3333333000" },
-        { D(1.0 / 3), "0.00000000000000000", "0.33333333333333300" },
-        { S(123456.7f), "0.000", "123456.700" },
         { S(16777216.0f), "0", "16777220" },
-        { D(16777217.0), "0", "16777217" },
-        { S(12.3456f), "", "12.3456" },
         { S(0.1f), "", "0.1" },
         { D(1.0 / 3), "", "0.333333333333333" },
     });
@@ -163,23 +124,17 @@ TEST(Format, SinglesShowSevenDigitsAndDoublesFifteen)
 TEST(Format, SectionsAndFallbacks)
 {
     expectAll({
-        { L(5), "0;(0)", "5" },
         { L(-5), "0;(0)", "(5)" },
         { L(0), "0;(0)", "0" },
         { L(0), "0;(0);\"zero\"", "zero" },
-        { L(-5), "0;(0);\"zero\"", "(5)" },
-        { L(1), "#;-#", "1" },
-        { L(-1), "#;-#", "-1" },
         // An empty section is printed with the first.
         { L(-5), "0;", "-5" },
         { L(0), "0;;\\Z\\e\\r\\o", "Zero" },
-        { L(-5), "0;;\\Z\\e\\r\\o", "-5" },
         { L(-5), "\"T=\"0.0", "T=-5.0" },
         { L(-5), "0;\"neg\"", "neg" },
         { L(5), ";0", "" },
         { Variant::null(), "0;-0;0;\"nothing\"", "nothing" },
         { Variant::null(), "0;-0;0", "" },
-        { Variant::null(), "0.00", "" },
         { Variant::null(), "", "" },
         // Sections past the fourth are ignored.
         { L(7), "0;1;2;3;4;5", "7" },
@@ -189,21 +144,14 @@ TEST(Format, SectionsAndFallbacks)
 TEST(Format, ThousandsAndScaling)
 {
     expectAll({
-        { L(100000), "#,###,###,###", "100,000" },
         { L(1), "0,000,000,000", "0,000,000,001" },
         { L(123456789), "#,#.#", "123,456,789." },
         { L(123456789), "###, ###, ###", "123, 456, 789" },
-        { D(1.00), "#,##0.00", "1.00" },
-        { L(1234), "#,###", "1,234" },
-        { D(1234567.891), "#,##0.00", "1,234,567.89" },
-        { L(-1234567), "#,##0", "-1,234,567" },
         { Variant::integer(-32768), "#,##0", "-32,768" },
-        { L(2147483647), "#,##0", "2,147,483,647" },
         // Commas with no placeholder after them in the whole part divide by a thousand.
         { L(1234567), "#,##0,", "1,235" },
         { L(1234567), "0,,", "1" },
         { L(1234567), "0,,.00", "1.23" },
-        { L(1500), "0,\" K\"", "2 K" },
         // A comma before any placeholder is literal text.
         { L(5), ",0", ",5" },
     });
@@ -213,8 +161,6 @@ TEST(Format, PercentAndExponents)
 {
     expectAll({
         { D(0.1234), "0.0%", "12.3%" },
-        { D(0.5), "0%", "50%" },
-        { D(0.12345), "Percent", "12.35%" },
         { D(1234.5), "0.00E+00", "1.23E+03" },
         { D(1234.5), "0.00E-00", "1.23E03" },
         { D(0.000123), "0.00E+00", "1.23E-04" },
@@ -222,22 +168,10 @@ TEST(Format, PercentAndExponents)
         { D(9.999), "0.00E+00", "1.00E+01" },
         { D(0), "0.00E+00", "0.00E+00" },
         { D(1e300), "0.00E+000", "1.00E+300" },
-        { D(1e-300), "0.00E+00", "1.00E-300" },
         { L(123456), "##0.0E+0", "123.5E+3" },
-        { D(1.7), "0.0000E-000", "1.7000E000" },
-        { D(1.7), "0.0000e-1", "1.7000e01" },
-        { D(86.936849), "#0.000000000000e-000", "86.936849000000e000" },
-        { D(1.73245), "0.0000E+000", "1.7325E+000" },
         { D(1.7), "0.0000e+0#", "1.7000e+0" },
-        { D(100.0001e+0), "0.0000E+0", "1.0000E+2" },
-        { D(1000001), "0.0000e+1", "1.0000e+61" },
-        { D(450.0001e+43), "#000.0000e+0", "4500.0010e+42" },
-        { D(0.0001e-11), "##00.0000e-0", "1000.0000e-18" },
-        { D(0.0317e-11), "0000.0000e-0", "3170.0000e-16" },
-        { D(1.0001e-27), "##00.0000e-0", "1000.1000e-30" },
         { D(47.11), ".0000E+0", ".4711E+2" },
         { D(3.0401e-13), "#####.####e-0%", "30401.e-15%" },
-        { D(0.999), ".00E+00", ".10E+01" },
         // "E+" before any placeholder is literal text.
         { L(5), "E+0", "E+5" },
     });
@@ -247,18 +181,13 @@ TEST(Format, LiteralsEscapesAndQuotes)
 {
     const std::string degrees = "\xC2\xB0"; // UTF-8 text passes through whole
     expectAll({
-        { L(5), "\"T=\"0.0", "T=5.0" },
         { L(5), "0.0\" " + degrees + "C\"", "5.0 " + degrees + "C" },
         { L(5), "\\#0", "#5" },
-        { L(5), "$0", "$5" },
-        { L(5), "(0)", "(5)" },
         // Letters after a number placeholder are literal.
         { L(5), "0.0 mm", "5.0 mm" },
         // An unterminated quote runs to the end.
         { L(5), "0\"abc", "5abc" },
         { L(5), "0\\", "5" },
-        { L(5), "0\"\"", "5" },
-        { L(5), "0\";\"", "5;" },
         { L(5), "0\\;", "5;" },
         { L(25), "0\";\"0", "2;5" },
         // A second point is literal.
@@ -270,21 +199,15 @@ TEST(Format, NamedFormatsIgnoreCase)
 {
     expectAll({
         { D(1234.567), "Fixed", "1234.57" },
-        { D(0.5), "fixed", "0.50" },
-        { D(-0.001), "Fixed", "-0.00" },
         { D(1234567.891), "STANDARD", "1,234,567.89" },
         { D(0.5), "percent", "50.00%" },
         { D(1234.5), "Scientific", "1.23E+03" },
         { L(0), "YES/NO", "No" },
-        { L(-3), "Yes/No", "Yes" },
         { D(2.5), "on/off", "On" },
         { Variant::boolean(true), "True/False", "True" },
-        { Variant::boolean(false), "True/False", "False" },
-        { Variant(), "Yes/No", "No" },
         { T("0"), "Yes/No", "No" },
         { T("maybe"), "Yes/No", "maybe" },
         { Variant::null(), "Yes/No", "" },
-        { D(1234.5), "general number", "1234.5" },
         { D(1234.5), "Currency", "$1,234.50" },
         { D(-1234.5), "Currency", "($1,234.50)" },
     });
@@ -294,19 +217,11 @@ TEST(Format, ValueKinds)
 {
     const double date = dateFromCivil({ 2023, 3, 15, 12, 0, 0 });
     expectAll({
-        { Variant(), "0.00", "0.00" },
         { Variant(), "0;-0;\"zero\"", "zero" },
-        { Variant(), "", "" },
-        { Variant(), "#", "" },
         { Variant::boolean(true), "0", "-1" },
-        { Variant::boolean(false), "0", "0" },
-        { Variant::boolean(true), "", "True" },
-        { Variant::byte(255), "0000", "0255" },
         { L(-2147483647 - 1), "0", "-2147483648" },
         { T("12.5"), "0.00", "12.50" },
-        { T("  -3 "), "0.0", "-3.0" },
         { T("abc"), "0.00", "abc" },
-        { T("abc"), "", "abc" },
         { Variant::date(date), "0.00", "45000.50" },
         { S(std::numeric_limits<float>::infinity()), "0.00", "Inf" },
         { D(std::nan("")), "0.00", "NaN" },
@@ -320,12 +235,8 @@ TEST(Format, CommaDecimalLocale)
     expectAll({
         { D(12.5), "0.000", "12,500" },
         { D(1234567.891), "#,##0.00", "1.234.567,89" },
-        { D(1234567.891), "Standard", "1.234.567,89" },
-        { D(0.5), "Percent", "50,00%" },
-        { D(1234.5), "Scientific", "1,23E+03" },
         { T("12,5"), "0.00", "12,50" },
         { D(12.5), "", "12,5" },
-        { S(12.3456f), "00.000", "12,346" },
     });
 }
 
@@ -337,9 +248,7 @@ TEST(Format, DatesAndTimes)
     expectAll({
         { v, "DD/MM/YYYY", "07/03/2024" },
         { v, "HH:MM:SS", "14:05:09" },
-        { v, "dd/mm/yyyy hh:nn:ss", "07/03/2024 14:05:09" },
         { v, "d/m/yy", "7/3/24" },
-        { v, "dd.mm.yyyy", "07.03.2024" },
         { v, "ddd dddd", "Thu Thursday" },
         { v, "mmm mmmm", "Mar March" },
         { v, "h:mm AM/PM", "2:05 PM" },
@@ -356,26 +265,17 @@ TEST(Format, DatesAndTimes)
         { v, "Medium Time", "02:05 PM" },
         { v, "Short Time", "14:05" },
         { v, "General Date", "07/03/2024 14:05:09" },
-        { v, "c", "07/03/2024 14:05:09" },
         { Variant::date(dateFromCivil({ 2024, 3, 7, 0, 30, 0 })), "h:nn AM/PM", "12:30 AM" },
         { Variant::date(dateFromCivil({ 2024, 3, 7, 12, 0, 0 })), "h:nn AM/PM", "12:00 PM" },
         { Variant::date(dateFromCivil({ 1899, 12, 29, 18, 0, 0 })), "dd/mm/yyyy hh:nn",
             "29/12/1899 18:00" },
-        { sample, "dd mm yyyy hh:mm:ss", "01 01 1900 12:36:00" },
         { sample, "mm :mm:ss", "01 :01:00" },
         { sample, "hh:mm :ss:mm", "12:36 :00:01" },
         { sample, "hh:dd :mm:mm", "12:01 :01:01" },
-        { sample, "dd:hh :mm:mm", "01:12 :36:01" },
-        { sample, "dd :mm:nn", "01 :01:36" },
         { sample, "yyy", "001" },
-        { sample, "dddd", "Monday" },
-        { sample, "am/pm", "pm" },
-        { Variant::date(2.725), "hh:nn:ss A/P", "05:24:00 P" },
-        { Variant::date(40531.0), "ddd", "Sun" },
         // Numbers and numeric text are taken as dates by a date pattern.
         { D(2.525), "hh:nn", "12:36" },
         { T("39697.11"), "hh:mm", "02:38" },
-        { T("39697.11"), "mm-dd-yy", "09-06-08" },
         { Variant(), "hh:nn:ss", "00:00:00" },
         { D(1e7), "dd/mm/yyyy", "10000000" },
         { T("tomorrow"), "dd/mm/yyyy", "tomorrow" },
@@ -386,25 +286,16 @@ TEST(Format, TextPatterns)
 {
     const Variant testing = T("testing");
     expectAll({
-        { testing, "", "testing" },
-        { testing, "@", "testing" },
-        { testing, "&", "testing" },
         { testing, "\\x@\\x@", "xtxesting" },
-        { testing, "@\\x", "txesting" },
         { testing, "@@@@@@@@", " testing" },
-        { testing, "@\\x@@@@@@@", " xtesting" },
         { testing, "&&&&&&&&", "testing" },
-        { testing, "!&&&&&&&", "testing" },
         { testing, ">&&", "TESTING" },
         { testing, "<&>&", "testing" },
-        { L(1), "<&>&", "1" },
         { T("MiXed"), "<@", "mixed" },
-        { T("MiXed"), "@", "MiXed" },
         { T("abc"), "!@@@@@@@@", "abc     " },
         { T("ab"), "(@@@)", "( ab)" },
         { T("\xC3\xA9"), "@@@", "  \xC3\xA9" },
         { T(""), "@;\"(none)\"", "(none)" },
-        { Variant(), "@;\"(none)\"", "(none)" },
         { Variant::null(), "@", "" },
     });
 }

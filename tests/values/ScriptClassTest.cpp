@@ -37,11 +37,8 @@ TEST_F(ScriptClassTest, NeverWrittenTagReadsZeroAndIsTimedOut)
     EXPECT_EQ(sc.TE(0x1234), 0);
     EXPECT_EQ(sc.TB(0x1234), 0);
     EXPECT_EQ(sc.TL(0x1234), 0);
-    for (const std::int16_t timeout :
-        { std::int16_t(-32768), std::int16_t(0), std::int16_t(32767) }) {
-        sc.SetTimeout(timeout);
-        EXPECT_TRUE(sc.TT(0x1234)) << "timeout " << timeout;
-    }
+    sc.SetTimeout(32767); // the zero date is long past whatever the timeout
+    EXPECT_TRUE(sc.TT(0x1234));
 }
 
 struct IndexCase {
@@ -141,12 +138,6 @@ TEST_F(ScriptClassTest, MinReadsACommaLocaleSingleOnlyUpToTheComma)
     ScopedNumberLocale comma(NumberLocale::comma());
     const Variant args[] = { Variant::single(1.5f) };
     EXPECT_EQ(sc.Min(args, 1), 1.0);
-}
-
-TEST_F(ScriptClassTest, PiIsTheSinglePrecisionConstant)
-{
-    EXPECT_EQ(sc.PI(), 3.1415927f);
-    EXPECT_NE(static_cast<double>(sc.PI()), 3.14159265358979323846);
 }
 
 } // namespace
