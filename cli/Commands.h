@@ -16,5 +16,6 @@ int runPacket(CliArgs &args, std::ostream &out);
 int runIni(CliArgs &args, std::ostream &out);
 int runWorkspace(CliArgs &args, std::ostream &out);
 int runCheck(CliArgs &args, std::ostream &out);
+int runRecord(CliArgs &args, std::ostream &out);
 
 } // namespace corvalog::cli

@@ -35,6 +35,9 @@ Commands:
         load IN (converting a version 1 file) and save it as OUT
   check FILE
         one line per channel: "<n> ok" or "<n> error <number>: <description>"
+  record [--source SRC] --out FILE [--duration S]
+        write a packet recording from SRC: sim[:SEED] (default), replay:FILE or
+        udp:[HOST:]PORT; until S seconds have passed, a replay ends, or Ctrl+C
 
 Numbers are written and read with "." unless --comma-decimal is given.
 Exit status: 0 done, 1 the system reported an error, 2 wrong usage.
@@ -54,6 +57,7 @@ const Command kCommands[] = {
     { "ini", runIni },
     { "workspace", runWorkspace },
     { "check", runCheck },
+    { "record", runRecord },
 };
 
 } // namespace

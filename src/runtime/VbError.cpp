@@ -41,6 +41,8 @@ std::string_view vbErrorDescription(int number)
         return "Path/File access error";
     case vberr::PathNotFound:
         return "Path not found";
+    case vberr::ObjectVariableNotSet:
+        return "Object variable not set";
     case vberr::InvalidUseOfNull:
         return "Invalid use of Null";
     case vberr::ObjectRequired:

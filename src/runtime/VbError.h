@@ -27,6 +27,7 @@ constexpr int PermissionDenied = 70;
 constexpr int RenameAcrossDrives = 74;
 constexpr int PathFileAccessError = 75;
 constexpr int PathNotFound = 76;
+constexpr int ObjectVariableNotSet = 91;
 constexpr int InvalidUseOfNull = 94;
 constexpr int ObjectRequired = 424;
 constexpr int NoSuchMember = 438;

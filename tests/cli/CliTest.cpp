@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -114,6 +115,30 @@ TEST(Cli, WorkspacesAndSettings)
     EXPECT_EQ(cli("check '" + examples + "/every-feature.lws'").exitCode, 0);
 }
 
+// The packets of a recording replayed into a second recording, without their times.
+std::string packetsOf(const std::string &file)
+{
+    std::ifstream in(file);
+    std::string line, packets;
+    while (std::getline(in, line)) {
+        if (!line.empty() && line[0] != '#' && line.rfind("time_ms", 0) != 0)
+            packets += line.substr(line.find(',') + 1) + "\n";
+    }
+    return packets;
+}
+
+TEST(Cli, ARecordingReplaysToTheSamePackets)
+{
+    const std::string dir = ::testing::TempDir();
+    const std::string a = dir + "corvalog-a.csv", b = dir + "corvalog-b.csv";
+    ASSERT_EQ(cli("record --source sim:7 --duration 1 --out '" + a + "'").exitCode, 0);
+    ASSERT_EQ(cli("record --source replay:'" + a + "' --duration 5 --out '" + b + "'").exitCode, 0);
+    const std::string packets = packetsOf(a);
+    EXPECT_GT(std::count(packets.begin(), packets.end(), '\n'), 50);
+    EXPECT_EQ(packetsOf(b), packets);
+    EXPECT_EQ(cli("record --source replay:/no/such.csv --duration 1 --out '" + b + "'").exitCode, 1);
+}
+
 TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
 {
     const char *const wrong[] = {
@@ -142,6 +167,10 @@ TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
         "workspace upgrade only-one",
         "workspace frob x",
         "check",
+        "record",
+        "record --out x.csv --source bogus",
+        "record --out x.csv --duration 0",
+        "record --out x.csv --source udp:0",
     };
     for (const char *args : wrong) {
         const CliRun r = cli(args);

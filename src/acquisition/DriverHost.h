@@ -1,0 +1,40 @@
+#pragma once
+
+#include "DataProvider.h"
+#include "PacketPump.h"
+
+#include <functional>
+#include <memory>
+
+namespace corvalog {
+
+// Makes a new driver object; raises VbError (number and description) when it cannot.
+using ProviderFactory = std::function<std::unique_ptr<DataProvider>()>;
+
+// The one driver object the program holds, and the pump its packets go through. Empty before
+// the first InterfaceInit and after a failed creation.
+class DriverHost
+{
+public:
+    DriverHost(ProviderFactory factory, PacketPump &pump);
+    ~DriverHost();
+
+    DataProvider *driver() const { return m_driver.get(); }
+    PacketPump &pump() { return m_pump; }
+
+    // Releases the driver object (its packets still waiting for the GUI thread are dropped).
+    void release();
+    // Creates a new driver object and attaches it to the pump; raises what the factory raises.
+    void create();
+
+private:
+    ProviderFactory m_factory;
+    PacketPump &m_pump;
+    std::unique_ptr<DataProvider> m_driver;
+};
+
+// A call on the driver object, or error 91 (Object variable not set) when there is none, as
+// calling a method of nothing does.
+DataProvider &driverOf(DriverHost &host);
+
+} // namespace corvalog

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "DriverHost.h"
+#include "workspace/WorkspaceClass.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace corvalog {
+
+// The status window as the module commands use it: progress lines ("!" first makes its button
+// a Cancel button), and whether its close button was pressed since it was loaded.
+class StatusDisplay
+{
+public:
+    virtual ~StatusDisplay() = default;
+    virtual void ShowMessage(const std::string &message, const std::string &title) = 0;
+    virtual bool StatusClosed() const = 0;
+};
+
+// The title of the progress lines of pause and resume.
+inline constexpr const char *kModuleCommandTitle = "Module Commands";
+
+// Command codes of SendCommand.
+inline constexpr std::uint8_t kPauseCommand = 57;
+inline constexpr std::uint8_t kResumeCommand = 59;
+
+// The Wake menu: wakes every module at the workspace's base-station address. Shows nothing;
+// driver errors are not reported.
+void WakeModules(DriverHost &host, const WorkspaceClass &workspace);
+// The Sleep menu: sends every module to sleep. Shows nothing; driver errors are not reported.
+void SleepModules(DriverHost &host);
+// The keep-awake timer's tick: broadcasts keep-awake when there is a driver and the workspace
+// asks for it.
+void StayAwakeTick(DriverHost &host, const WorkspaceClass &workspace);
+
+// Pauses (Pause non-zero) or resumes one module, retrying until it acknowledges, the status
+// window is closed or 101 attempts were made, with a progress line after every attempt and
+// 50 ms between attempts (`delay`, Delay by default). True when fewer than 100 attempts were
+// made: a module that acknowledged on the 100th or 101st attempt counts as failed, and a closed
+// window as success. Driver errors and a BSAddress beyond a byte raise VbError to the caller.
+bool PauseResume(DriverHost &host, const WorkspaceClass &workspace, StatusDisplay &status,
+    std::int16_t Pause, std::int32_t ID, std::int16_t Channel,
+    const std::function<void(std::int32_t)> &delay = {});
+
+} // namespace corvalog

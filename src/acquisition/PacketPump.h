@@ -1,0 +1,43 @@
+#pragma once
+
+#include "DataProvider.h"
+
+#include <QObject>
+#include <QPointer>
+#include <cstdint>
+#include <deque>
+
+namespace corvalog {
+
+// Applies the packets of the attached provider to the tables, one by one in arrival order, on
+// the GUI thread. While held (a provider is being replaced), arriving batches wait and are
+// applied, still in order, when released.
+class PacketPump : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit PacketPump(PacketHandler &handler, QObject *parent = nullptr);
+
+    // Listens to this provider from now on (and to no other); nullptr listens to none.
+    void attach(DataProvider *provider);
+    void hold();
+    void release();
+    bool isHeld() const { return m_held; }
+
+    // Notifications received from providers (applied, dropped by the handler, or waiting).
+    std::uint64_t received() const { return m_received; }
+
+    // Applies one batch now (or queues it while held).
+    void apply(const PacketBatch &packets);
+
+private:
+    PacketHandler &m_handler;
+    QPointer<DataProvider> m_provider;
+    QMetaObject::Connection m_connection;
+    bool m_held = false;
+    std::deque<PacketBatch> m_waiting;
+    std::uint64_t m_received = 0;
+};
+
+} // namespace corvalog

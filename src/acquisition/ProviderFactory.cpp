@@ -1,0 +1,27 @@
+#include "ProviderFactory.h"
+
+#include "ReplayProvider.h"
+#include "SimulatedProvider.h"
+#include "UdpProvider.h"
+
+namespace corvalog {
+
+std::unique_ptr<DataProvider> createProvider(const ProviderSource &source, bool virtualTime)
+{
+    switch (source.kind) {
+    case ProviderSource::Kind::Simulated: {
+        SimulationOptions options;
+        options.seed = source.seed;
+        options.realTime = !virtualTime;
+        return std::make_unique<SimulatedProvider>(options);
+    }
+    case ProviderSource::Kind::Replay:
+        return ReplayProvider::create(source.file,
+            virtualTime ? ReplayProvider::Pacing::Virtual : ReplayProvider::Pacing::RealTime);
+    case ProviderSource::Kind::Udp:
+        break;
+    }
+    return UdpProvider::create(source.host, source.port);
+}
+
+} // namespace corvalog
