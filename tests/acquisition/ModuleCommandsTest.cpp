@@ -29,46 +29,49 @@ public:
 class ModuleCommandsTest : public ::testing::Test
 {
 protected:
+    // PauseResume with a fresh driver that acknowledges on the given attempt (-1: never).
+    bool pauseResume(int acknowledgeOn, std::int16_t pause, std::int32_t id, std::int16_t channel)
+    {
+        acknowledge = acknowledgeOn;
+        host.create();
+        return PauseResume(host, workspace, display, pause, id, channel,
+            [this](std::int32_t ms) { delays.push_back(ms); });
+    }
+
     ManualClock clock;
     ScriptClass tables { clock };
     PacketHandler handler { tables };
     PacketPump pump { handler };
     std::vector<std::string> calls;
-    int acknowledgeOn = 0;
+    int acknowledge = 0;
     DriverHost host { [this] {
                          auto p = std::make_unique<FakeProvider>(calls);
-                         p->acknowledgeOnAttempt = acknowledgeOn;
+                         p->acknowledgeOnAttempt = acknowledge;
                          return p;
                      },
         pump };
     WorkspaceClass workspace;
     LinesDisplay display;
     std::vector<std::int32_t> delays;
-    std::function<void(std::int32_t)> recordDelay
-        = [this](std::int32_t ms) { delays.push_back(ms); };
 };
 
-TEST_F(ModuleCommandsTest, AttemptsAndResultFollowTheAcknowledgement)
+TEST_F(ModuleCommandsTest, AttemptsAndResultFollowTheAcknowledgementAndTheWindow)
 {
     const struct {
         int acknowledgeOn; // -1: never
+        std::size_t closeAfter;
         std::size_t lines;
         bool result;
     } cases[] = {
-        { 0, 1, true },
-        { 5, 6, true },
-        { 98, 99, true },
-        { 99, 100, false }, // acknowledged, yet the limit of success is 100 attempts
-        { 100, 101, false },
-        { -1, 101, false },
+        { 0, SIZE_MAX, 1, true }, { 98, SIZE_MAX, 99, true },
+        { 99, SIZE_MAX, 100, false }, // acknowledged, yet the limit of success is 100 attempts
+        { -1, SIZE_MAX, 101, false }, { -1, 3, 3, true }, // the status window was closed
     };
     for (const auto &c : cases) {
-        acknowledgeOn = c.acknowledgeOn;
-        host.create();
         display.lines.clear();
+        display.closeAfter = c.closeAfter;
         delays.clear();
-        EXPECT_EQ(PauseResume(host, workspace, display, 1, 0xFF12, 3, recordDelay), c.result)
-            << c.acknowledgeOn;
+        EXPECT_EQ(pauseResume(c.acknowledgeOn, 1, 0xFF12, 3), c.result) << c.acknowledgeOn;
         ASSERT_EQ(display.lines.size(), c.lines) << c.acknowledgeOn;
         EXPECT_EQ(display.lines.back(),
             "!Channel 3 ID:FF12 pausing. Attempt " + std::to_string(c.lines - 1));
@@ -79,10 +82,8 @@ TEST_F(ModuleCommandsTest, AttemptsAndResultFollowTheAcknowledgement)
 TEST_F(ModuleCommandsTest, LinesNameTheChannelTheModuleAndTheCommand)
 {
     workspace.BSAddress = 4;
-    host.create();
-    PauseResume(host, workspace, display, 0, 255, 12, recordDelay);
-    host.create();
-    PauseResume(host, workspace, display, -1, 0, 1, recordDelay);
+    pauseResume(0, 0, 255, 12);
+    pauseResume(0, -1, 0, 1);
     EXPECT_EQ(display.lines,
         std::vector<std::string>(
             { "!Channel 12 ID:FF resuming. Attempt 0", "!Channel 1 ID:0 pausing. Attempt 0" }));
@@ -90,22 +91,12 @@ TEST_F(ModuleCommandsTest, LinesNameTheChannelTheModuleAndTheCommand)
         calls, std::vector<std::string>({ "SendCommand(4,255,59,0)", "SendCommand(4,0,57,0)" }));
 }
 
-TEST_F(ModuleCommandsTest, ClosingTheStatusWindowEndsTheRetries)
-{
-    acknowledgeOn = -1;
-    host.create();
-    display.closeAfter = 3;
-    EXPECT_TRUE(
-        PauseResume(host, workspace, display, 1, 1, 1, recordDelay)); // fewer than 100 attempts
-    EXPECT_EQ(display.lines.size(), 3u);
-}
-
 TEST_F(ModuleCommandsTest, FailuresReachTheCaller)
 {
-    EXPECT_THROW(PauseResume(host, workspace, display, 1, 1, 1, recordDelay), VbError); // no driver
-    host.create();
+    EXPECT_THROW(PauseResume(host, workspace, display, 1, 1, 1, [](std::int32_t) {}),
+        VbError); // no driver
     workspace.BSAddress = 300;
-    EXPECT_THROW(PauseResume(host, workspace, display, 1, 1, 1, recordDelay), VbError);
+    EXPECT_THROW(pauseResume(0, 1, 1, 1), VbError);
 }
 
 TEST_F(ModuleCommandsTest, WakeSleepAndKeepAwake)

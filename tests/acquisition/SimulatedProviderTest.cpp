@@ -1,38 +1,24 @@
 #include "acquisition/SimulatedProvider.h"
 
+#include "GuiThread.h"
+#include "acquisition/RecordingFormat.h"
 #include "acquisition/SimulatedModules.h"
 #include "runtime/Clock.h"
 #include "runtime/NumberLocale.h"
 #include "runtime/VbError.h"
 #include "values/ScriptClass.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
-#include <QTimer>
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
-#include <memory>
 #include <tuple>
 
 namespace corvalog {
 namespace {
 
+using namespace std::chrono_literals;
 using Sim = SimulatedProvider;
-
-struct Timed {
-    double at;
-    PacketNotification p;
-    bool operator==(const Timed &o) const
-    {
-        auto key = [](const Timed &t) {
-            return std::tie(t.at, t.p.BaseStation, t.p.Datatag, t.p.Value, t.p.Status, t.p.RSSI,
-                t.p.CV, t.p.BattLow, t.p.Error);
-        };
-        return key(*this) == key(o);
-    }
-};
 
 SimulationOptions virtualTime(std::uint64_t seed = 1)
 {
@@ -42,49 +28,79 @@ SimulationOptions virtualTime(std::uint64_t seed = 1)
     return o;
 }
 
-// Advances through `steps` (cycled) up to `untilMs`, collecting what packetsArrived delivers.
-std::vector<Timed> run(Sim &sim, double untilMs, std::vector<double> steps = { 20 })
+// An open simulator in virtual time and the packets it delivered, each with its instant.
+struct Simulation {
+    explicit Simulation(SimulationOptions options = virtualTime())
+        : sim(options)
+    {
+        QObject::connect(&sim, &DataProvider::packetsArrived, &sim, [this](const PacketBatch &b) {
+            for (std::size_t i = 0; i < b.size(); ++i)
+                packets.push_back({ sim.lastBatchTimes().at(i), b[i] });
+        });
+        EXPECT_EQ(sim.OpenInterface(0, 0), 0);
+    }
+
+    // Advances through `steps` (cycled) up to `untilMs`.
+    Simulation &to(double untilMs, std::vector<double> steps = { 20 })
+    {
+        std::size_t i = 0;
+        for (double at = sim.now(); at < untilMs; sim.advanceTo(at))
+            at = std::min(untilMs, at + steps[i++ % steps.size()]);
+        return *this;
+    }
+
+    // Packets in (from, to], of one tag or of all.
+    std::size_t count(double from, double to, int tag = -1) const
+    {
+        return std::count_if(packets.begin(), packets.end(), [&](const RecordedPacket &t) {
+            return t.timeMs > from && t.timeMs <= to && (tag < 0 || t.packet.Datatag == tag);
+        });
+    }
+
+    std::int32_t send(std::uint8_t address, std::int32_t tag, std::uint8_t code)
+    {
+        std::string data = "0";
+        return sim.SendCommand(address, tag, code, data);
+    }
+
+    Sim sim;
+    std::vector<RecordedPacket> packets;
+};
+
+// "number description" of the error the call raises, or "none".
+std::string raised(const std::function<void()> &call)
 {
-    std::vector<Timed> out;
-    QObject context;
-    QObject::connect(&sim, &DataProvider::packetsArrived, &context, [&](const PacketBatch &b) {
-        for (std::size_t i = 0; i < b.size(); ++i)
-            out.push_back({ sim.lastBatchTimes().at(i), b[i] });
-    });
-    std::size_t i = 0;
-    for (double at = sim.now(); at < untilMs; sim.advanceTo(at))
-        at = std::min(untilMs, at + steps[i++ % steps.size()]);
-    return out;
+    try {
+        call();
+    } catch (const VbError &e) {
+        return std::to_string(e.number()) + " " + e.description();
+    }
+    return "none";
 }
 
-std::vector<Timed> openAndRun(SimulationOptions options, double untilMs)
+// Same packets at the same instants (the recording line holds every field).
+bool same(const std::vector<RecordedPacket> &a, const std::vector<RecordedPacket> &b)
 {
-    Sim sim(options);
-    EXPECT_EQ(sim.OpenInterface(0, 0), 0);
-    return run(sim, untilMs);
-}
-
-std::size_t countIn(const std::vector<Timed> &packets, double from, double to, int tag = -1)
-{
-    return std::count_if(packets.begin(), packets.end(), [&](const Timed &t) {
-        return t.at > from && t.at <= to && (tag < 0 || t.p.Datatag == tag);
-    });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+        [](const RecordedPacket &x, const RecordedPacket &y) {
+            return x.timeMs == y.timeMs && recordingLine(x) == recordingLine(y);
+        });
 }
 
 TEST(SimulatedProvider, SameSeedGivesTheSamePacketsWhateverTheTimerSteps)
 {
-    Sim a(virtualTime(7)), b(virtualTime(7)), c(virtualTime(8));
-    for (Sim *s : { &a, &b, &c })
-        s->OpenInterface(0, 0);
-    const auto steady = run(a, 20000), jittery = run(b, 20000, { 1, 7, 333, 0.5, 999, 20 });
-    ASSERT_GT(steady.size(), 1500u);
-    EXPECT_TRUE(steady == jittery);
-    EXPECT_FALSE(steady == run(c, 20000));
-    EXPECT_TRUE(std::is_sorted(
-        steady.begin(), steady.end(), [](const Timed &x, const Timed &y) { return x.at < y.at; }));
+    Simulation a(virtualTime(7)), b(virtualTime(7)), c(virtualTime(8));
+    a.to(20000);
+    b.to(20000, { 1, 7, 333, 0.5, 999, 20 });
+    c.to(20000);
+    ASSERT_GT(a.packets.size(), 1500u);
+    EXPECT_TRUE(same(a.packets, b.packets));
+    EXPECT_FALSE(same(a.packets, c.packets));
+    EXPECT_TRUE(std::is_sorted(a.packets.begin(), a.packets.end(),
+        [](const RecordedPacket &x, const RecordedPacket &y) { return x.timeMs < y.timeMs; }));
 }
 
-TEST(SimulatedProvider, EveryModuleDecodesToPlausibleReadingsInEitherLocale)
+TEST(SimulatedProvider, EachModuleShowsItsOwnBehaviourInEitherLocale)
 {
     const std::map<int, std::pair<float, float>> range = {
         { simtags::LoadCell, { 11.5f, 13.5f } },
@@ -101,79 +117,59 @@ TEST(SimulatedProvider, EveryModuleDecodesToPlausibleReadingsInEitherLocale)
         ManualClock clock;
         ScriptClass tables(clock);
         PacketHandler handler(tables);
-        std::map<int, int> seen;
-        for (const Timed &t : openAndRun(virtualTime(), 60000)) {
-            handler.DP_PacketArrived(t.p);
-            const auto [lo, hi] = range.at(t.p.Datatag);
-            EXPECT_TRUE(tables.T(t.p.Datatag) >= lo && tables.T(t.p.Datatag) <= hi)
-                << std::hex << t.p.Datatag << " " << tables.T(t.p.Datatag);
-            if (t.p.Datatag != simtags::WeakLink) {
-                EXPECT_EQ(tables.TL(t.p.Datatag), 100);
+        std::map<int, std::vector<RecordedPacket>> byTag;
+        int lowestTL = 100, highestTL = 0, errors = 0;
+        Simulation run(virtualTime(3));
+        for (const RecordedPacket &t : run.to(120000).packets) {
+            const PacketNotification &p = t.packet;
+            handler.DP_PacketArrived(p);
+            const int tag = p.Datatag;
+            const auto [lo, hi] = range.at(tag);
+            EXPECT_TRUE(tables.T(tag) >= lo && tables.T(tag) <= hi) << tag << " " << tables.T(tag);
+            EXPECT_TRUE(tag == simtags::WeakLink || tables.TL(tag) == 100) << tag;
+            if (tag == simtags::RawRecord) {
+                ASSERT_EQ(p.Value.size(), 117u);
+                std::uint32_t bits = 0;
+                for (int i = 0; i < 4; ++i)
+                    bits = bits << 8 | static_cast<unsigned char>(p.Value[i]);
+                EXPECT_EQ(tables.T(tag), static_cast<float>(static_cast<std::int32_t>(bits)));
+            } else if (tag == simtags::Counter) {
+                EXPECT_EQ(tables.T(tag), static_cast<float>(byTag[tag].size() + 1));
+            } else if (tag == simtags::WeakLink) {
+                lowestTL = std::min<int>(lowestTL, tables.TL(tag));
+                highestTL = std::max<int>(highestTL, tables.TL(tag));
+            } else if (tag == simtags::LowBattery && !byTag[tag].empty()) {
+                EXPECT_GE(p.BattLow, byTag[tag].back().packet.BattLow) << "battery recovered";
             }
-            ++seen[t.p.Datatag];
+            errors += tag == simtags::Faulty && tables.TE(tag) != 0;
+            byTag[tag].push_back(t);
         }
         EXPECT_EQ(handler.droppedCount(), 0u) << handler.lastErrorDescription();
-        EXPECT_EQ(seen.size(), range.size());
+        EXPECT_EQ(byTag.size(), range.size());
+        EXPECT_TRUE(lowestTL >= 20 && highestTL <= 70 && highestTL - lowestTL >= 25);
+        EXPECT_EQ(byTag[simtags::LowBattery].front().packet.BattLow, 0);
+        EXPECT_NE(tables.TB(simtags::LowBattery), 0);
+        const int faulty = static_cast<int>(byTag[simtags::Faulty].size());
+        EXPECT_TRUE(errors > faulty / 100 && errors < faulty / 2) << errors << " of " << faulty;
+        int longGaps = 0;
+        const auto &intermittent = byTag[simtags::Intermittent];
+        for (std::size_t i = 1; i < intermittent.size(); ++i)
+            longGaps += intermittent[i].timeMs - intermittent[i - 1].timeMs > 3000;
+        EXPECT_GE(longGaps, 5);
     }
-}
-
-TEST(SimulatedProvider, EachModuleShowsItsOwnBehaviour)
-{
-    ManualClock clock;
-    ScriptClass tables(clock);
-    PacketHandler handler(tables);
-    std::map<int, std::vector<std::pair<double, PacketNotification>>> byTag;
-    int lowestTL = 100, highestTL = 0, errors = 0, faulty = 0;
-    for (const Timed &t : openAndRun(virtualTime(3), 120000)) {
-        handler.DP_PacketArrived(t.p);
-        const int tag = t.p.Datatag;
-        if (tag == simtags::RawRecord) {
-            ASSERT_EQ(t.p.Value.size(), 117u);
-            std::uint32_t bits = 0;
-            for (int i = 0; i < 4; ++i)
-                bits = bits << 8 | static_cast<unsigned char>(t.p.Value[i]);
-            EXPECT_EQ(tables.T(tag), static_cast<float>(static_cast<std::int32_t>(bits)));
-        } else if (tag == simtags::Counter) {
-            EXPECT_EQ(tables.T(tag), static_cast<float>(byTag[tag].size() + 1));
-        } else if (tag == simtags::WeakLink) {
-            lowestTL = std::min<int>(lowestTL, tables.TL(tag));
-            highestTL = std::max<int>(highestTL, tables.TL(tag));
-        } else if (tag == simtags::LowBattery && !byTag[tag].empty()) {
-            EXPECT_GE(tables.TB(tag), byTag[tag].back().second.BattLow) << "battery recovered";
-        } else if (tag == simtags::Faulty) {
-            ++faulty;
-            errors += tables.TE(tag) != 0;
-        }
-        byTag[tag].push_back({ t.at, t.p });
-    }
-    EXPECT_GE(lowestTL, 20);
-    EXPECT_LE(highestTL, 70);
-    EXPECT_GE(highestTL - lowestTL, 25);
-    EXPECT_EQ(byTag[simtags::LowBattery].front().second.BattLow, 0);
-    EXPECT_NE(tables.TB(simtags::LowBattery), 0);
-    EXPECT_TRUE(errors > faulty / 100 && errors < faulty / 2) << errors << " of " << faulty;
-    int longGaps = 0;
-    const auto &intermittent = byTag[simtags::Intermittent];
-    for (std::size_t i = 1; i < intermittent.size(); ++i)
-        longGaps += intermittent[i].first - intermittent[i - 1].first > 3000;
-    EXPECT_GE(longGaps, 5);
 }
 
 TEST(SimulatedProvider, RatesFollowTheScaleWithinOneToTwoHundred)
 {
-    const struct {
-        double scale;
-        double loadCell, temperature, counter; // packets/s
-    } cases[] = { { 1, 50, 2, 10 }, { 1000, 200, 200, 200 }, { 0.001, 1, 1, 1 } };
-    for (const auto &c : cases) {
+    // Packets in 10 s of the load cell (50/s unscaled) and the temperature (2/s).
+    const std::tuple<double, double, double> cases[]
+        = { { 1, 500, 20 }, { 1000, 2000, 2000 }, { 0.001, 10, 10 } };
+    for (const auto &[scale, loadCell, temperature] : cases) {
         SimulationOptions options = virtualTime();
-        options.rateScale = c.scale;
-        const auto packets = openAndRun(options, 10000);
-        for (const auto &[tag, rate] : { std::pair<int, double> { simtags::LoadCell, c.loadCell },
-                 { simtags::Temperature, c.temperature }, { simtags::Counter, c.counter } }) {
-            EXPECT_EQ(Sim(options).packetRate(tag), rate);
-            EXPECT_NEAR(countIn(packets, -1, 10000, tag), rate * 10, 1) << c.scale << " " << tag;
-        }
+        options.rateScale = scale;
+        Simulation run(options);
+        EXPECT_NEAR(run.to(10000).count(-1, 10000, simtags::LoadCell), loadCell, 1) << scale;
+        EXPECT_NEAR(run.count(-1, 10000, simtags::Temperature), temperature, 1) << scale;
     }
 }
 
@@ -201,48 +197,37 @@ TEST(SimulatedProvider, SleepWakeKeepAwakeAndChannelDecideWhoIsHeard)
             { { 1000, 3000, false }, { 3000, 5000, true } } },
     };
     for (const auto &c : cases) {
-        Sim sim(virtualTime());
-        sim.OpenInterface(0, 0);
-        std::vector<Timed> packets;
-        for (const auto &[at, action] : c.actions) {
-            const auto more = run(sim, at);
-            packets.insert(packets.end(), more.begin(), more.end());
-            action(sim);
-        }
-        const auto rest = run(sim, 20000);
-        packets.insert(packets.end(), rest.begin(), rest.end());
+        Simulation run;
+        for (const auto &[at, action] : c.actions)
+            action(run.to(at).sim);
+        run.to(20000);
         for (const auto &[from, to, heard] : c.windows)
-            EXPECT_EQ(countIn(packets, from, to) > 0, heard) << c.name << " " << from;
+            EXPECT_EQ(run.count(from, to) > 0, heard) << c.name << " " << from;
     }
 }
 
 TEST(SimulatedProvider, SendCommandAcknowledgesPausesAndResumes)
 {
-    Sim sim(virtualTime());
-    sim.OpenInterface(0, 0);
-    auto send = [&](std::uint8_t address, std::int32_t tag, std::uint8_t code) {
-        std::string data = "0";
-        return sim.SendCommand(address, tag, code, data);
-    };
-    EXPECT_EQ(send(2, simtags::Counter, Sim::kPause), Sim::kWrongBaseStation);
-    EXPECT_EQ(send(1, 0x1234, Sim::kPause), Sim::kUnknownModule);
-    EXPECT_EQ(send(1, simtags::Counter + 65536, Sim::kPause), Sim::kUnknownModule);
-    EXPECT_EQ(send(1, simtags::Counter, 12), 0);
-    const auto before = run(sim, 1000);
-    EXPECT_EQ(send(1, simtags::Counter, Sim::kPause), 0);
-    const auto paused = run(sim, 3000);
-    EXPECT_EQ(countIn(paused, 0, 3000, simtags::Counter), 0u);
-    EXPECT_GT(countIn(paused, 0, 3000, simtags::LoadCell), 0u);
-    EXPECT_EQ(send(1, simtags::Counter, Sim::kResume), 0);
-    const auto resumed = run(sim, 4000);
-    ASSERT_EQ(countIn(before, 0, 1000, simtags::Counter), 10u);
+    Simulation run;
+    EXPECT_EQ(run.send(2, simtags::Counter, Sim::kPause), Sim::kWrongBaseStation);
+    EXPECT_EQ(run.send(1, 0x1234, Sim::kPause), Sim::kUnknownModule);
+    EXPECT_EQ(run.send(1, simtags::Counter + 65536, Sim::kPause), Sim::kUnknownModule);
+    EXPECT_EQ(run.send(1, simtags::Counter, 12), 0);
+    ASSERT_EQ(run.to(1000).count(0, 1000, simtags::Counter), 10u);
+    EXPECT_EQ(run.send(1, simtags::Counter, Sim::kPause), 0);
+    EXPECT_EQ(run.to(3000).count(1000, 3000, simtags::Counter), 0u);
+    EXPECT_GT(run.count(1000, 3000, simtags::LoadCell), 0u);
+    EXPECT_EQ(run.send(1, simtags::Counter, Sim::kResume), 0);
+    run.to(4000);
     // The counter counts packets sent, so it carries on from where the pause stopped it.
-    EXPECT_EQ(std::find_if(resumed.begin(), resumed.end(),
-                  [](const Timed &t) { return t.p.Datatag == simtags::Counter; })
-                  ->p.Value,
+    EXPECT_EQ(std::find_if(run.packets.begin(), run.packets.end(),
+                  [](const RecordedPacket &t) {
+                      return t.timeMs > 3000 && t.packet.Datatag == simtags::Counter;
+                  })
+                  ->packet.Value,
         "11");
-    sim.SleepAll();
-    EXPECT_EQ(send(1, simtags::Counter, Sim::kResume), Sim::kNoAcknowledgement);
+    run.sim.SleepAll();
+    EXPECT_EQ(run.send(1, simtags::Counter, Sim::kResume), Sim::kNoAcknowledgement);
 }
 
 TEST(SimulatedProvider, CommandFailuresFollowTheRateAndTheSeed)
@@ -252,16 +237,14 @@ TEST(SimulatedProvider, CommandFailuresFollowTheRateAndTheSeed)
         for (auto &s : statuses) {
             SimulationOptions options = virtualTime(5);
             options.commandFailureRate = rate;
-            Sim sim(options);
-            sim.OpenInterface(0, 0);
+            Simulation run(options);
             bool paused = false; // only acknowledged commands count
             for (int i = 0; i < 2001; ++i) {
-                std::uint8_t address = 1, code = i % 2 ? Sim::kResume : Sim::kPause;
-                std::string data = "0";
-                s.push_back(sim.SendCommand(address, simtags::Counter, code, data));
+                const std::uint8_t code = i % 2 ? Sim::kResume : Sim::kPause;
+                s.push_back(run.send(1, simtags::Counter, code));
                 paused = s.back() == 0 ? code == Sim::kPause : paused;
             }
-            EXPECT_EQ(countIn(run(sim, 2000), 0, 2000, simtags::Counter) == 0, paused) << rate;
+            EXPECT_EQ(run.to(2000).count(0, 2000, simtags::Counter) == 0, paused) << rate;
         }
         EXPECT_EQ(statuses[0], statuses[1]);
         const auto failed = std::count(statuses[0].begin(), statuses[0].end(), 1);
@@ -287,58 +270,28 @@ TEST(SimulatedProvider, InterfaceOpensOnlyOnRealPortsAndAnswersOnlyAtItsAddress)
 
 TEST(SimulatedProvider, ClosedInterfaceSendsNothingAndRefusesCommands)
 {
-    Sim sim(virtualTime());
-    const std::vector<std::pair<std::function<void()>, int>> operations = {
-        { [&] { sim.WakeAll(1); }, Sim::kErrorNotOpen },
-        { [&] { sim.SleepAll(); }, Sim::kErrorNotOpen },
-        { [&] { sim.KeepAwakeAll(); }, Sim::kErrorNotOpen },
-        { [&] { sim.SetRadioChannel(1, 1); }, Sim::kErrorNotOpen },
-        { [&] {
-             std::uint8_t address = 1, code = Sim::kPause;
-             std::string data;
-             sim.SendCommand(address, simtags::Counter, code, data);
-         },
-            Sim::kErrorNotOpen },
-    };
-    sim.OpenInterface(0, 0);
-    EXPECT_FALSE(run(sim, 1000).empty());
-    EXPECT_THROW(sim.WakeAll(2), VbError);
-    EXPECT_THROW(sim.SetRadioChannel(2, 1), VbError);
-    sim.CloseInterface();
-    EXPECT_TRUE(run(sim, 5000).empty());
-    EXPECT_EQ(sim.DetectBaseStation(1), 0);
-    for (const auto &[operation, number] : operations) {
-        try {
-            operation();
-            ADD_FAILURE() << "no error";
-        } catch (const VbError &e) {
-            EXPECT_EQ(e.number(), number);
-            EXPECT_EQ(e.description(), "The base station is not open");
-        }
-    }
+    Simulation run;
+    EXPECT_EQ(raised([&] { run.sim.WakeAll(2); }),
+        std::to_string(Sim::kErrorNoBaseStation) + " No base station answers at address 2");
+    run.sim.CloseInterface();
+    EXPECT_TRUE(run.to(5000).packets.empty());
+    EXPECT_EQ(run.sim.DetectBaseStation(1), 0);
+    EXPECT_EQ(raised([&] { run.send(1, simtags::Counter, Sim::kPause); }),
+        std::to_string(Sim::kErrorNotOpen) + " The base station is not open");
 }
 
 TEST(SimulatedProvider, RealTimeTimerDeliversPacketsAsTimePasses)
 {
-    // Other tests of this program may have left an application object behind.
-    static int argc = 1;
-    static char name[] = "test";
-    static char *argv[] = { name, nullptr };
-    std::unique_ptr<QCoreApplication> app;
-    if (!QCoreApplication::instance())
-        app = std::make_unique<QCoreApplication>(argc, argv);
+    GuiThread gui;
     Sim sim;
     std::vector<double> times;
-    QEventLoop loop;
-    QObject::connect(&sim, &DataProvider::packetsArrived, &loop, [&](const PacketBatch &) {
+    QObject::connect(&sim, &DataProvider::packetsArrived, &sim, [&](const PacketBatch &) {
         times.insert(times.end(), sim.lastBatchTimes().begin(), sim.lastBatchTimes().end());
     });
     sim.OpenInterface(0, 0);
-    QTimer::singleShot(300, &loop, &QEventLoop::quit);
-    loop.exec();
+    gui.runUntil([] { return false; }, 300ms);
     EXPECT_GT(times.size(), 10u);
     EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
-    EXPECT_LE(times.back(), sim.now());
 }
 
 } // namespace

@@ -38,15 +38,10 @@ TEST(Cli, CommandsPrintTheirStableOutput)
         int exitCode;
     } cases[] = {
         { "eval '(<FF12>+<0012>)/2-<3>' --tag FF12=10 --tag 0012=20 --chan 3=5", "Single 10\n", 0 },
-        { "eval '32767+1'", "Long 32768\n", 0 },
-        { "eval '&HFFFF'", "Integer -1\n", 0 },
-        { "eval '1<2'", "Boolean True\n", 0 },
         { "eval '<ff12>'", "error 1023: Expected expression\n", 1 },
         { "eval '1/0'", "error 11: Division by zero\n", 1 },
-        { "eval 'Null'", "Null\n", 0 },
         { "eval --1", "Integer 1\n", 0 },
         { "eval -- --tag", "error 500: Variable is undefined: 'tag'\n", 0 + 1 },
-        { "--comma-decimal eval '1/4'", "Double 0,25\n", 0 },
         { "eval '<1>/2' --chan 1=2,5 --comma-decimal", "Single 1,25\n", 0 },
         { "rewrite '(<FF12>+<0012>)/2-<3>'",
             "expression=(T(65298)+T(18))/2-C(3)\nerror=TE(18) OR TE(65298) OR CE(3)\n"
@@ -57,14 +52,11 @@ TEST(Cli, CommandsPrintTheirStableOutput)
         { "decode 03FFFFFFFE", "Long -2\n", 0 },
         { "decode '01 2A'", "Integer 42\n", 0 },
         { "decode 0205", "String Incorrect data length to decode data type!\n", 0 },
-        { "decode 060AFF", "String 0A FF \n", 0 },
         { "packet --tag FF12 --value 12.5 --rssi -60 --cv 100", "T=12.5 TL=100 TB=0 TE=0\n", 0 },
         { "packet --tag ff12 --value 1 --rssi -90 --cv 60 --batt 1 --err 3", "T=1 TL=0 TB=1 TE=3\n",
             0 },
         { "packet --tag 10000 --value 1 --rssi -60 --cv 100", "error 9: Subscript out of range\n",
             1 },
-        { "packet --tag 1 --value x --rssi -60 --cv 100", "error 13: Type mismatch\n", 1 },
-        { "packet --tag 1 --value 1 --rssi 32767 --cv 100", "error 6: Overflow\n", 1 },
     };
     for (const auto &c : cases) {
         const CliRun r = cli(c.args);
@@ -88,7 +80,6 @@ TEST(Cli, WorkspacesAndSettings)
     EXPECT_EQ(cli("ini set '" + dir + "/c.ini' Sec Key 'a value'").exitCode, 0);
     EXPECT_EQ(cli("ini get '" + dir + "/c.ini' sec KEY def").out, "a value\n");
     EXPECT_EQ(cli("ini get '" + dir + "/c.ini' Sec Other def").out, "def\n");
-    EXPECT_EQ(cli("ini get '" + dir + "/none.ini' Sec Key def").out, "def\n");
     EXPECT_EQ(cli("ini set '" + dir + "/no/such/c.ini' Sec Key v").exitCode, 1);
 
     const CliRun shown = cli("workspace show '" + examples + "/demo.lws'");
@@ -96,13 +87,11 @@ TEST(Cli, WorkspacesAndSettings)
     EXPECT_EQ(shown.out.rfind("{\n  \"Version\": 2,\n  \"Title\": \"Corvalog demo\",", 0), 0u)
         << shown.out;
     EXPECT_NE(shown.out.find("\"DataTagList\": \"<FF12>\""), std::string::npos);
-    EXPECT_NE(shown.out.find("\"Default\": -9999999,"), std::string::npos);
 
     EXPECT_EQ(
         cli("workspace upgrade '" + examples + "/version1.lws' '" + dir + "/up.lws'").exitCode, 0);
-    EXPECT_EQ(
-        cli("workspace show '" + dir + "/up.lws'").out.find("\"<1>+<2>+<3>\"") != std::string::npos,
-        true);
+    EXPECT_NE(
+        cli("workspace show '" + dir + "/up.lws'").out.find("\"<1>+<2>+<3>\""), std::string::npos);
     EXPECT_EQ(cli("workspace show '" + dir + "/missing.lws'").exitCode, 1);
 
     std::ofstream(dir + "/bad.lws")
@@ -136,7 +125,8 @@ TEST(Cli, ARecordingReplaysToTheSamePackets)
     const std::string packets = packetsOf(a);
     EXPECT_GT(std::count(packets.begin(), packets.end(), '\n'), 50);
     EXPECT_EQ(packetsOf(b), packets);
-    EXPECT_EQ(cli("record --source replay:/no/such.csv --duration 1 --out '" + b + "'").exitCode, 1);
+    EXPECT_EQ(
+        cli("record --source replay:/no/such.csv --duration 1 --out '" + b + "'").exitCode, 1);
 }
 
 TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
@@ -151,23 +141,15 @@ TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
         "eval 1 --tag FF12=abc",
         "eval 1 --chan 25=1",
         "eval 1 --frobnicate",
-        "rewrite",
         "decode 0",
         "decode zz",
         "packet --tag FF12 --rssi 1 --cv 1",
         "packet --tag FF12 --value 1 --value-hex 01 --rssi 1 --cv 1",
         "packet --tag FF12 --value 1 --rssi 99999 --cv 1",
-        "packet --tag FF12 --value 1 --cv 1",
         "packet --tag --value 1 --rssi 1 --cv 1",
         "ini",
-        "ini get a b c",
         "ini put a b c d",
-        "workspace",
-        "workspace show",
         "workspace upgrade only-one",
-        "workspace frob x",
-        "check",
-        "record",
         "record --out x.csv --source bogus",
         "record --out x.csv --duration 0",
         "record --out x.csv --source udp:0",

@@ -19,25 +19,10 @@ struct Case {
     std::string expected;
 };
 
-Variant L(std::int32_t v)
-{
-    return Variant::longValue(v);
-}
-
-Variant D(double v)
-{
-    return Variant::dbl(v);
-}
-
-Variant S(float v)
-{
-    return Variant::single(v);
-}
-
-Variant T(const char *v)
-{
-    return Variant::string(v);
-}
+constexpr auto L = &Variant::longValue;
+constexpr auto D = &Variant::dbl;
+constexpr auto S = &Variant::single;
+constexpr auto T = &Variant::string;
 
 void expectAll(const std::vector<Case> &cases)
 {
@@ -56,10 +41,7 @@ TEST(Format, OneAndZeroThroughCommonPatterns)
     };
     const Row rows[] = {
         { "", "1", "0" },
-        { "General Number", "1", "0" },
-        { "True/False", "True", "False" },
         { "#.#", "1.", "." },
-        { "00", "01", "00" },
         { "\"pos\";\"neg\"", "pos", "pos" },
         { "\"pos\";\"neg\";\"zero\"", "pos", "zero" },
     };
@@ -69,91 +51,67 @@ TEST(Format, OneAndZeroThroughCommonPatterns)
         for (const Variant &zero : { L(0), Variant::byte(0), S(0), D(0) })
             EXPECT_EQ(Format(zero, r.pattern), r.zero) << r.pattern << " " << typeName(zero.type());
     }
-    expectAll(
-        { { L(-1), "\"pos\";\"neg\"", "neg" }, { S(-1), "\"pos\";\"neg\";\"zero\"", "neg" } });
 }
 
-TEST(Format, DigitPlaceholders)
+TEST(Format, DigitPlaceholdersThousandsAndScaling)
 {
     expectAll({
         { L(1), "000###", "000001" },
-        { L(1), "##abcdefghijklmnopqrstuvwxyz", "1abcdefghijklmnopqrstuvwxyz" },
-        { L(17), "#.00", "17.00" },
         { D(.17), "#.00", ".17" },
-        { D(.17), "0.00", "0.17" },
         { D(1.7), "#.33", "2.33" },
-        { D(9.8), "#0.#0#0#0#0#", "9.80000000" },
         { D(0.00000008), "#0.#0#0#0#0#0", "0.0000000800" },
         { L(123), "#-#", "12-3" },
         // With no whole-part placeholder the whole part is still shown.
         { D(12.5), ".00", "12.50" },
+        { L(123456789), "#,#.#", "123,456,789." },
+        // Commas with no placeholder after them in the whole part divide by a thousand.
+        { L(1234567), "#,##0,", "1,235" },
+        { L(1234567), "0,,.00", "1.23" },
+        // A comma before any placeholder is literal text.
+        { L(5), ",0", ",5" },
     });
 }
 
-TEST(Format, RoundsHalfAwayFromZeroOnTheShownDigits)
+TEST(Format, RoundsHalfAwayFromZeroWithinEachTypesDigits)
 {
     expectAll({
         { D(1.005), "0.00", "1.01" }, // 1.00499999999999989 in binary
         { D(2.5), "0", "3" },
-        { D(-2.5), "0", "-3" },
         { S(1.15f), "0.0", "1.2" }, // 1.14999997615814 as a Single
         { D(9.9999999), "#0.000000", "10.000000" },
-        { D(0.0099), "#.##", ".01" },
-        { D(0.0049), "#.##", "." },
-        { D(8.0995), "#.##", "8.1" },
         { D(999.96), "#,##0.0", "1,000.0" },
-        { D(-0.1), ".#", "-.1" },
         // A negative number keeps its sign (and section) when it rounds to zero.
         { D(-0.001), "0.00", "-0.00" },
         { D(-0.001), "0.00;(0.00);\"zero\"", "(0.00)" },
-    });
-}
-
-TEST(Format, SinglesShowSevenDigitsAndDoublesFifteen)
-{
-    expectAll({
-        { S(12.3456f), "00.000", "12.346" },
+        // Singles show seven significant digits and Doubles fifteen.
         { S(0.1f), "0.0000000000", "0.1000000000" },
         { D(0.1), "0.00000000000000000000", "0.10000000000000000000" },
         { S(16777216.0f), "0", "16777220" },
-        { S(0.1f), "", "0.1" },
         { D(1.0 / 3), "", "0.333333333333333" },
     });
 }
 
-TEST(Format, SectionsAndFallbacks)
+TEST(Format, SectionsLiteralsAndEscapes)
 {
+    const std::string degrees = "\xC2\xB0"; // UTF-8 text passes through whole
     expectAll({
         { L(-5), "0;(0)", "(5)" },
-        { L(0), "0;(0)", "0" },
         { L(0), "0;(0);\"zero\"", "zero" },
         // An empty section is printed with the first.
         { L(-5), "0;", "-5" },
         { L(0), "0;;\\Z\\e\\r\\o", "Zero" },
-        { L(-5), "\"T=\"0.0", "T=-5.0" },
-        { L(-5), "0;\"neg\"", "neg" },
         { L(5), ";0", "" },
         { Variant::null(), "0;-0;0;\"nothing\"", "nothing" },
-        { Variant::null(), "0;-0;0", "" },
-        { Variant::null(), "", "" },
         // Sections past the fourth are ignored.
         { L(7), "0;1;2;3;4;5", "7" },
-    });
-}
-
-TEST(Format, ThousandsAndScaling)
-{
-    expectAll({
-        { L(1), "0,000,000,000", "0,000,000,001" },
-        { L(123456789), "#,#.#", "123,456,789." },
-        { L(123456789), "###, ###, ###", "123, 456, 789" },
-        { Variant::integer(-32768), "#,##0", "-32,768" },
-        // Commas with no placeholder after them in the whole part divide by a thousand.
-        { L(1234567), "#,##0,", "1,235" },
-        { L(1234567), "0,,", "1" },
-        { L(1234567), "0,,.00", "1.23" },
-        // A comma before any placeholder is literal text.
-        { L(5), ",0", ",5" },
+        { L(5), "0.0\" " + degrees + "C\"", "5.0 " + degrees + "C" },
+        // Letters after a number placeholder are literal.
+        { L(5), "0.0 mm", "5.0 mm" },
+        // An unterminated quote runs to the end.
+        { L(5), "0\"abc", "5abc" },
+        { L(25), "0\";\"0", "2;5" },
+        // A second point is literal.
+        { L(5), "0.0.0", "5.0.0" },
     });
 }
 
@@ -163,35 +121,12 @@ TEST(Format, PercentAndExponents)
         { D(0.1234), "0.0%", "12.3%" },
         { D(1234.5), "0.00E+00", "1.23E+03" },
         { D(1234.5), "0.00E-00", "1.23E03" },
-        { D(0.000123), "0.00E+00", "1.23E-04" },
-        { D(-1234.5), "0.00E+00", "-1.23E+03" },
         { D(9.999), "0.00E+00", "1.00E+01" },
-        { D(0), "0.00E+00", "0.00E+00" },
-        { D(1e300), "0.00E+000", "1.00E+300" },
         { L(123456), "##0.0E+0", "123.5E+3" },
-        { D(1.7), "0.0000e+0#", "1.7000e+0" },
         { D(47.11), ".0000E+0", ".4711E+2" },
         { D(3.0401e-13), "#####.####e-0%", "30401.e-15%" },
         // "E+" before any placeholder is literal text.
         { L(5), "E+0", "E+5" },
-    });
-}
-
-TEST(Format, LiteralsEscapesAndQuotes)
-{
-    const std::string degrees = "\xC2\xB0"; // UTF-8 text passes through whole
-    expectAll({
-        { L(5), "0.0\" " + degrees + "C\"", "5.0 " + degrees + "C" },
-        { L(5), "\\#0", "#5" },
-        // Letters after a number placeholder are literal.
-        { L(5), "0.0 mm", "5.0 mm" },
-        // An unterminated quote runs to the end.
-        { L(5), "0\"abc", "5abc" },
-        { L(5), "0\\", "5" },
-        { L(5), "0\\;", "5;" },
-        { L(25), "0\";\"0", "2;5" },
-        // A second point is literal.
-        { L(5), "0.0.0", "5.0.0" },
     });
 }
 
@@ -201,13 +136,9 @@ TEST(Format, NamedFormatsIgnoreCase)
         { D(1234.567), "Fixed", "1234.57" },
         { D(1234567.891), "STANDARD", "1,234,567.89" },
         { D(0.5), "percent", "50.00%" },
-        { D(1234.5), "Scientific", "1.23E+03" },
         { L(0), "YES/NO", "No" },
-        { D(2.5), "on/off", "On" },
-        { Variant::boolean(true), "True/False", "True" },
         { T("0"), "Yes/No", "No" },
         { T("maybe"), "Yes/No", "maybe" },
-        { Variant::null(), "Yes/No", "" },
         { D(1234.5), "Currency", "$1,234.50" },
         { D(-1234.5), "Currency", "($1,234.50)" },
     });
@@ -221,9 +152,7 @@ TEST(Format, ValueKinds)
         { Variant::boolean(true), "0", "-1" },
         { L(-2147483647 - 1), "0", "-2147483648" },
         { T("12.5"), "0.00", "12.50" },
-        { T("abc"), "0.00", "abc" },
         { Variant::date(date), "0.00", "45000.50" },
-        { S(std::numeric_limits<float>::infinity()), "0.00", "Inf" },
         { D(std::nan("")), "0.00", "NaN" },
         { D(-std::numeric_limits<double>::infinity()), "hh:nn", "-Inf" },
     });
@@ -233,7 +162,6 @@ TEST(Format, CommaDecimalLocale)
 {
     ScopedNumberLocale comma(NumberLocale::comma());
     expectAll({
-        { D(12.5), "0.000", "12,500" },
         { D(1234567.891), "#,##0.00", "1.234.567,89" },
         { T("12,5"), "0.00", "12,50" },
         { D(12.5), "", "12,5" },
@@ -247,12 +175,9 @@ TEST(Format, DatesAndTimes)
     const Variant sample = Variant::date(2.525); // 1 January 1900 12:36
     expectAll({
         { v, "DD/MM/YYYY", "07/03/2024" },
-        { v, "HH:MM:SS", "14:05:09" },
-        { v, "d/m/yy", "7/3/24" },
         { v, "ddd dddd", "Thu Thursday" },
         { v, "mmm mmmm", "Mar March" },
         { v, "h:mm AM/PM", "2:05 PM" },
-        { v, "hh:mm am/pm", "02:05 pm" },
         { v, "h A/P", "2 P" },
         { v, "q", "1" },
         { v, "y", "67" },
@@ -261,9 +186,6 @@ TEST(Format, DatesAndTimes)
         { v, "Short Date", "07/03/2024" },
         { v, "Long Date", "Thursday, 7 March 2024" },
         { v, "Medium Date", "07-Mar-24" },
-        { v, "Long Time", "14:05:09" },
-        { v, "Medium Time", "02:05 PM" },
-        { v, "Short Time", "14:05" },
         { v, "General Date", "07/03/2024 14:05:09" },
         { Variant::date(dateFromCivil({ 2024, 3, 7, 0, 30, 0 })), "h:nn AM/PM", "12:30 AM" },
         { Variant::date(dateFromCivil({ 2024, 3, 7, 12, 0, 0 })), "h:nn AM/PM", "12:00 PM" },
@@ -271,10 +193,7 @@ TEST(Format, DatesAndTimes)
             "29/12/1899 18:00" },
         { sample, "mm :mm:ss", "01 :01:00" },
         { sample, "hh:mm :ss:mm", "12:36 :00:01" },
-        { sample, "hh:dd :mm:mm", "12:01 :01:01" },
-        { sample, "yyy", "001" },
         // Numbers and numeric text are taken as dates by a date pattern.
-        { D(2.525), "hh:nn", "12:36" },
         { T("39697.11"), "hh:mm", "02:38" },
         { Variant(), "hh:nn:ss", "00:00:00" },
         { D(1e7), "dd/mm/yyyy", "10000000" },
@@ -288,15 +207,11 @@ TEST(Format, TextPatterns)
     expectAll({
         { testing, "\\x@\\x@", "xtxesting" },
         { testing, "@@@@@@@@", " testing" },
-        { testing, "&&&&&&&&", "testing" },
         { testing, ">&&", "TESTING" },
-        { testing, "<&>&", "testing" },
         { T("MiXed"), "<@", "mixed" },
         { T("abc"), "!@@@@@@@@", "abc     " },
-        { T("ab"), "(@@@)", "( ab)" },
         { T("\xC3\xA9"), "@@@", "  \xC3\xA9" },
         { T(""), "@;\"(none)\"", "(none)" },
-        { Variant::null(), "@", "" },
     });
 }
 

@@ -3,6 +3,7 @@
 #include "runtime/VbError.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 using namespace corvalog;
 
@@ -14,22 +15,17 @@ TEST(Val, TakesTheLongestLeadingNumber)
         const char *text;
         double value;
     } cases[] = {
-        { "42", 42 },
         { "  42abc", 42 },
         { "1 2 3", 123 },
         { "\t-1.5e2x", -150 },
         { "1,5", 1 }, // "." is the only decimal separator
-        { "3.", 3 },
         { ".5", 0.5 },
         { "1e", 1 },
         { "1d2", 100 },
-        { "&HFF", 255 },
         { "&HFFFF", -1 },
         { "&H10000", 65536 },
         { "&O17", 15 },
         { "abc", 0 },
-        { "", 0 },
-        { "-", 0 },
         { "True", 0 },
         { "1e-999", 0 },
     };
@@ -47,18 +43,15 @@ TEST(DateTime, CivilDatesRoundTrip)
         { { 1899, 12, 30, 0, 0, 0 }, 0.0 },
         { { 1900, 1, 1, 0, 0, 0 }, 2.0 },
         { { 1899, 12, 29, 6, 0, 0 }, -1.25 }, // before the zero date the time is still positive
-        { { 2000, 1, 1, 12, 0, 0 }, 36526.5 },
         { { 2026, 11, 15, 14, 3, 7 }, 46341 + (14 * 3600 + 3 * 60 + 7) / 86400.0 },
     };
     for (const auto &c : cases) {
         EXPECT_NEAR(dateFromCivil(c.civil), c.date, 1e-9) << c.date;
-        const CivilDateTime back = civilFromDate(c.date);
-        EXPECT_EQ(back.year, c.civil.year);
-        EXPECT_EQ(back.month, c.civil.month);
-        EXPECT_EQ(back.day, c.civil.day);
-        EXPECT_EQ(back.hour, c.civil.hour);
-        EXPECT_EQ(back.minute, c.civil.minute);
-        EXPECT_EQ(back.second, c.civil.second);
+        const CivilDateTime b = civilFromDate(c.date);
+        const CivilDateTime &e = c.civil;
+        EXPECT_EQ(std::tie(b.year, b.month, b.day, b.hour, b.minute, b.second),
+            std::tie(e.year, e.month, e.day, e.hour, e.minute, e.second))
+            << c.date;
     }
     EXPECT_EQ(weekdayOf(0.0), 7); // a Saturday
     EXPECT_EQ(weekdayOf(dateFromCivil({ 2026, 11, 22, 0, 0, 0 })), 1);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <string_view>
@@ -28,8 +27,6 @@ public:
 
     // Returns when the sending has ended.
     void wait();
-    // Packets sent so far.
-    std::uint64_t sentPackets() const { return m_sent.load(); }
 
     // Sends one datagram to 127.0.0.1:port; false when the system refused it.
     static bool sendDatagram(std::uint16_t port, std::string_view bytes);
@@ -38,7 +35,6 @@ private:
     void run();
 
     const Plan m_plan;
-    std::atomic<std::uint64_t> m_sent { 0 };
     std::thread m_thread;
 };
 

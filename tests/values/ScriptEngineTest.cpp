@@ -39,99 +39,58 @@ struct Case {
 TEST_F(ScriptEngineTest, LiteralsTakeTheSmallestTypeThatHoldsThem)
 {
     const Case cases[] = {
-        { "0", "Integer 0" },
         { "32767", "Integer 32767" },
         { "32768", "Long 32768" },
         { "-32768", "Long -32768" }, // the minus is an operator on the Long 32768
         { "2147483647", "Long 2147483647" },
         { "2147483648", "Double 2147483648" },
-        { "1.5", "Double 1.5" },
         { ".5", "Double 0.5" },
-        { "1e3", "Double 1000" },
         { "1e-400", "Double 0" },
-        { "&HFF", "Integer 255" },
         { "&HFFFF", "Integer -1" },
-        { "&H8000", "Integer -32768" },
         { "&H10000", "Long 65536" },
         { "&HFFFF&", "Long 65535" },
-        { "&H10&", "Integer 16" },
         { "&HFFFFFFFF", "Integer -1" },
         { "&O17", "Integer 15" },
         { "\"a\"\"b\"", "String a\"b" },
-        { "True", "Boolean True" },
-        { "FALSE", "Boolean False" },
-        { "Empty", "Empty" },
         { "null", "Null" },
         { "", "Empty" },
-        { "   ", "Empty" },
         { "1 ' a comment", "Integer 1" },
     };
     for (const Case &c : cases)
         EXPECT_EQ(eval(c.text), c.expected) << c.text;
 }
 
-TEST_F(ScriptEngineTest, ArithmeticFollowsTheScriptTyping)
+TEST_F(ScriptEngineTest, ArithmeticFollowsTheScriptTypingAndPrecedence)
 {
     const Case cases[] = {
         { "32767+1", "Long 32768" },
-        { "-32768-1", "Long -32769" },
         { "2147483647+1", "Double 2147483648" },
         { "CByte(200)+CByte(100)", "Integer 300" },
         { "CByte(2)*CByte(3)", "Byte 6" },
-        { "CByte(255)*CByte(255)", "Long 65025" },
         { "True+True", "Integer -2" },
-        { "Empty+Empty", "Integer 0" },
-        { "Empty+CLng(1)", "Long 1" },
-        { "CSng(1.5)+2", "Single 3.5" },
         { "CSng(1.5)+CLng(2)", "Double 3.5" },
-        { "CSng(1.5)+1.5", "Double 3" },
         { "\"12\"+\"12\"", "String 1212" },
         { "\"12\"+4", "Double 16" },
-        { "\"12\"-\"2\"", "Double 10" },
         { "1/2", "Double 0.5" },
         { "CSng(3)/2", "Single 1.5" },
-        { "CSng(3)/CLng(2)", "Double 1.5" },
         { "7\\2", "Integer 3" },
-        { "4.6\\1.5", "Long 2" },
         { "2.5\\1", "Long 2" },
-        { "CByte(7)\\CByte(2)", "Byte 3" },
-        { "7 Mod 4", "Integer 3" },
         { "-7 Mod 4", "Integer -3" },
         { "11.6 Mod 5.5", "Long 0" },
-        { "2^3", "Double 8" },
         { "-2^2", "Double 4" },
-        { "2^-1", "Double 0.5" },
         { "2^3^2", "Double 64" },
         { "-(-32768)", "Long 32768" },
-        { "-True", "Integer 1" },
-        { "-Empty", "Integer 0" },
         { "-\"1\"", "Double -1" },
         { "1 & 2", "String 12" },
         { "Null & \"a\"", "String a" },
-        { "Null & Null", "Null" },
         { "1 + Null", "Null" },
-        { "-Null", "Null" },
-    };
-    for (const Case &c : cases)
-        EXPECT_EQ(eval(c.text), c.expected) << c.text;
-}
-
-TEST_F(ScriptEngineTest, PrecedenceIsTheScriptsOwn)
-{
-    const Case cases[] = {
-        { "2+3*4", "Integer 14" },
+        // Precedence is the script's own.
         { "2+3\\4", "Integer 2" },
-        { "12/3\\2", "Long 2" },
-        { "7 Mod 4+2", "Integer 5" },
         { "1 & 2 + 3", "String 15" },
         { "1 = 1 < 0", "Boolean True" }, // (1 = 1) < 0 is -1 < 0
-        { "Not 1 > 2", "Boolean True" },
         { "1 > Not 5 > 3", "Boolean True" },
-        { "True Or False And False", "Boolean True" },
         { "True Xor True Or True", "Boolean False" },
         { "False Imp False Eqv False", "Boolean True" },
-        { "--1", "Integer 1" },
-        { "(1+2)*3", "Integer 9" },
     };
     for (const Case &c : cases)
         EXPECT_EQ(eval(c.text), c.expected) << c.text;
@@ -140,45 +99,28 @@ TEST_F(ScriptEngineTest, PrecedenceIsTheScriptsOwn)
 TEST_F(ScriptEngineTest, LogicAndComparisons)
 {
     const Case cases[] = {
-        { "1 Or 2", "Integer 3" },
         { "&H01or&H02", "Integer 3" },
-        { "6 And 3", "Integer 2" },
         { "CLng(6) And 3", "Long 2" },
         { "1.6 Or 0", "Long 2" },
-        { "Not 0", "Integer -1" },
         { "Not CByte(0)", "Byte 255" },
-        { "Not True", "Boolean False" },
         { "Not Empty", "Long -1" },
-        { "Empty And Empty", "Long 0" },
         { "Null And False", "Boolean False" },
         { "Null And True", "Null" },
         { "Null Or True", "Boolean True" },
-        { "Null Or 0", "Null" },
         { "False Imp Null", "Boolean True" },
         { "Null Xor True", "Null" },
-        { "1 < 2", "Boolean True" },
-        { "1 = 1.0", "Boolean True" },
         { "CSng(0.1) = 0.1", "Boolean True" },
         { "CDbl(CSng(0.1)) = 0.1", "Boolean False" },
         { "\"10\" > \"9\"", "Boolean False" },
         { "\"10\" > 9", "Boolean True" },
         { "\"abc\" = 5", "error 13" },
         { "\"abc\" = (5+0)", "Boolean False" }, // only a number literal reads the text as a number
-        { "CDbl(5) > \"abc\"", "Boolean False" },
         { "\"True\" = True", "Boolean True" }, // Booleans and Bytes compare as their text
         { "\"true\" = True", "Boolean False" },
-        { "\"abc\" = CByte(5)", "Boolean False" },
         { "\"4\" And 1", "Integer 0" }, // numeric text takes part as its number
-        { "\"12\" Or 0", "Integer 12" },
-        { "\"12\" Xor CLng(0)", "Long 12" },
-        { "\"True\" And 1", "Integer 1" },
         { "\"x\" And 1", "error 13" },
         { "Empty = \"\"", "Boolean True" },
-        { "Empty = 0", "Boolean True" },
-        { "True = -1", "Boolean True" },
         { "1 < Null", "Null" },
-        { "1 <> 2", "Boolean True" },
-        { "2 >= 2", "Boolean True" },
         { "2 =< 3", "Boolean True" },
     };
     for (const Case &c : cases)
@@ -189,39 +131,30 @@ TEST_F(ScriptEngineTest, ErrorsCarryTheScriptNumbers)
 {
     const Case cases[] = {
         { "1E10 Or 1", "error 6" },
-        { "32767 * 100000 * 100000 * 100000 * 1E300", "error 6" },
         { "1/0", "error 11" },
         { "0/0", "error 6" },
         { "1 Mod 0", "error 11" },
-        { "1\\0", "error 11" },
         { "\"x\" * 2", "error 13" },
         { "Sqr(-1)", "error 5" },
-        { "Log(0)", "error 5" },
         { "(-8)^(1/3)", "error 5" },
         { "10^400", "error 6" },
-        { "Exp(1000)", "error 6" },
         { "CInt(32767.5)", "error 6" },
-        { "CInt(\"abc\")", "error 13" },
         { "CStr(Null)", "error 94" },
         { "Left(\"abc\", -1)", "error 5" },
-        { "Mid(\"abc\", 0)", "error 5" },
         { "Sqr(1, 2)", "error 450" },
         { "T", "error 450" },
         { "Undefined1", "error 500" },
         { "Foo(1/0)", "error 500" },
         { "sclass", "error 13" },
         { "sclass.Nope", "error 438" },
-        { "x.y", "error 500" },
         { "T(65536)", "error 9" },
-        { "T(-1)", "error 9" },
         { "C(25)", "error 9" },
-        { "T(Null)", "error 13" },
     };
     for (const Case &c : cases)
         EXPECT_EQ(eval(c.text), c.expected) << c.text;
 }
 
-TEST_F(ScriptEngineTest, SyntaxErrorsNameWhatWasExpected)
+TEST_F(ScriptEngineTest, ErrorTextsNameWhatWasExpectedOrUnknown)
 {
     const struct {
         const char *text;
@@ -230,37 +163,23 @@ TEST_F(ScriptEngineTest, SyntaxErrorsNameWhatWasExpected)
     } cases[] = {
         { "1+", 1023, "Expected expression" },
         { "(1", 1006, "Expected ')'" },
-        { "T(", 1006, "Expected ')'" },
-        { "T(1", 1006, "Expected ')'" },
-        { "Min(1,", 1006, "Expected ')'" },
         { "1)", 1025, "Expected end of statement" },
-        { "1 2", 1025, "Expected end of statement" },
         { "2x", 1025, "Expected end of statement" },
         { "1\n2", 1025, "Expected end of statement" },
-        { "1:2", 1025, "Expected end of statement" },
         { "\"abc", 1033, "Unterminated string constant" },
         { "@", 1032, "Invalid character" },
         { "<FF12>", 1023, "Expected expression" },
-        { "T(<0000>)", 1023, "Expected expression" },
         { "1 Is 2", 1002, "Syntax error" },
         { "&H1FFFFFFFF", 1031, "Invalid number" },
-        { "1e400", 1031, "Invalid number" },
-        { "1000000000000000000000000000000000000000e300", 1031, "Invalid number" },
         { "sclass.", 1010, "Expected identifier" },
-        { "*", 1023, "Expected expression" },
+        { "Tx(3)", 500, "Variable is undefined: 'Tx'" },
+        { "Sqr()", 450, "Wrong number of arguments or invalid property assignment: 'Sqr'" },
     };
     for (const auto &c : cases) {
         const EvalResult r = engine.Eval(c.text);
         EXPECT_EQ(r.error, c.number) << c.text;
         EXPECT_EQ(r.description, c.description) << c.text;
     }
-}
-
-TEST_F(ScriptEngineTest, UnknownNamesAreReportedByName)
-{
-    EXPECT_EQ(engine.Eval("Tx(3)").description, "Variable is undefined: 'Tx'");
-    EXPECT_EQ(engine.Eval("Sqr()").description,
-        "Wrong number of arguments or invalid property assignment: 'Sqr'");
 }
 
 TEST_F(ScriptEngineTest, LongTextsKeepEveryConstant)
@@ -292,44 +211,25 @@ TEST_F(ScriptEngineTest, DeepNestingIsAnErrorNotACrash)
 TEST_F(ScriptEngineTest, BuiltinsKeepOrChangeTypeAsTheScriptDoes)
 {
     const Case cases[] = {
-        { "Abs(-3)", "Integer 3" },
         { "Abs(-32768)", "Long 32768" },
-        { "Abs(CSng(-1.5))", "Single 1.5" },
         { "Abs(True)", "Integer 1" },
-        { "Abs(\"-2\")", "Double 2" },
         { "Int(-2.5)", "Double -3" },
         { "Fix(-2.5)", "Double -2" },
-        { "Int(CSng(2.7))", "Single 2" },
-        { "Fix(True)", "Integer -1" },
         { "Round(2.5)", "Double 2" },
         { "Round(3.5)", "Double 4" },
-        { "Round(-3.5)", "Double -4" },
         { "Round(3.14159, 2)", "Double 3.14" },
-        { "Round(3)", "Integer 3" },
         { "Round(True)", "Boolean True" },
-        { "Sgn(-4.2)", "Integer -1" },
-        { "Sqr(16)", "Double 4" },
-        { "Exp(0)", "Double 1" },
         { "Atn(1)*4", "Double 3.14159265358979" },
-        { "CInt(2.5)", "Integer 2" },
-        { "CInt(3.5)", "Integer 4" },
         { "CInt(\"-0.5\")", "Integer 0" },
         { "CLng(\"1,000\")", "Long 1000" },
         { "CBool(\"#TRUE#\")", "Boolean True" },
-        { "CBool(0.1)", "Boolean True" },
         { "CByte(255.49)", "Byte 255" },
-        { "CStr(1.5)", "String 1.5" },
-        { "Len(12345)", "Long 5" },
         { "Len(Null)", "Null" },
         { "Len(\"h\xC3\xA9llo\")", "Long 5" },
         { "Left(\"h\xC3\xA9llo\", 2)", "String h\xC3\xA9" },
-        { "Right(\"abcdef\", 2)", "String ef" },
         { "Right(\"abc\", 10)", "String abc" },
         { "Mid(\"abcdef\", 2, 3)", "String bcd" },
-        { "Mid(\"abcdef\", 5)", "String ef" },
         { "Mid(\"test\", 5, 2)", "String " },
-        { "Mid(Null, 1)", "Null" },
-        { "Left(123, 2)", "String 12" },
     };
     for (const Case &c : cases)
         EXPECT_EQ(eval(c.text), c.expected) << c.text;
@@ -341,26 +241,16 @@ TEST_F(ScriptEngineTest, MembersReadTheTablesByBareOrQualifiedName)
     sclass.setT(18, 7.5f);
     sclass.setTE(18, 3);
     sclass.setTL(18, 42);
-    sclass.setTB(65298, 1);
     sclass.setC(3, 5.0f);
-    sclass.setCL(3, 80);
     const Case cases[] = {
         { "T(65298)", "Single 12.5" },
-        { "t(65298)*2", "Single 25" },
-        { "(T(65298)+T(18))/2-C(3)", "Single 5" },
-        { "sclass.T(18)", "Single 7.5" },
         { "SCLASS.c(3)", "Single 5" },
-        { "T(\"18\")", "Single 7.5" },
         { "T(18.5)", "Single 7.5" }, // indexes round half to even
         { "T(19.5)", "Single 0" },
-        { "TE(18)", "Integer 3" },
         { "TE(18) OR TE(65298) OR CE(3)", "Integer 3" },
         { "Min(TL(18),TL(65298),CL(3))", "Double 0" },
-        { "Min(TL(18),CL(3))", "Double 42" },
         { "Min()", "Double 9999999999" },
-        { "TB(65298)", "Integer 1" },
         { "PI", "Single 3.141593" },
-        { "PI()", "Single 3.141593" },
         { "TT(18)", "Boolean False" },
         { "TT(19)", "Boolean True" },
         { "Fmt(T(65298), \"0.0\")", "String 12.5" },
@@ -381,8 +271,6 @@ TEST_F(ScriptEngineTest, SetTimeoutInsideAnExpressionChangesTheTimeout)
 TEST_F(ScriptEngineTest, EachTextIsCompiledOnce)
 {
     const auto first = engine.compile("T(1)+1");
-    const auto again = engine.compile("T(1)+1");
-    EXPECT_EQ(first.get(), again.get());
     const std::size_t cached = engine.cachedTexts();
     engine.Eval("T(1)+1");
     engine.Eval("T(1)+(1");

@@ -51,7 +51,6 @@ TEST(FileErrors, MapErrnoToScriptErrors)
         { ENOENT, true, 76, "Path not found" },
         { ENOTDIR, false, 76, "Path not found" },
         { EACCES, false, 70, "Permission denied" },
-        { ENOSPC, false, 61, "Disk full" },
         { EISDIR, false, 75, "Path/File access error" },
         { EEXIST, true, 75, "Path/File access error" },
         { EEXIST, false, 58, "File already exists" },
@@ -65,7 +64,6 @@ TEST(FileErrors, MapErrnoToScriptErrors)
 
 TEST_F(IniFileTest, LoadFailuresNameTheCause)
 {
-    put(path("file"), "x");
     fs::create_directory(path("folder"));
     const std::pair<std::string, int> cases[] = {
         { path("missing.ini"), 53 },
@@ -167,7 +165,6 @@ TEST_F(IniFileTest, WriteIniCreatesEditsAndIsSeenByReadIni)
     EXPECT_TRUE(WriteINI(file, "app", "KEY", "three"));
     EXPECT_EQ(contents(file), "[App]\nkey=three\nother=two\n");
     EXPECT_EQ(ReadINI(file, "APP", "key", "d"), "three");
-    EXPECT_EQ(lastIniKey(), "key");
 
     // Rewritten behind the cache's back with the same size, then removed.
     put(file, "[App]\nkey=THREE\nother=two\n");
