@@ -28,7 +28,6 @@ protected:
         auto provider = ReplayProvider::create(path, pacing);
         QObject::connect(
             provider.get(), &DataProvider::packetsArrived, [this](const PacketBatch &b) {
-                batchSizes.push_back(b.size());
                 for (const PacketNotification &p : b)
                     tags.push_back(p.Datatag);
             });
@@ -51,7 +50,6 @@ protected:
 
     QTemporaryDir m_dir;
     std::vector<int> tags;
-    std::vector<std::size_t> batchSizes;
     int finished = 0;
 };
 
@@ -109,17 +107,6 @@ TEST_F(ReplayTest, VirtualTimeDeliversGoodPacketsInOrderAndReportsBadLines)
             "line 10: time_ms 15 goes back before 20",
             "line 11: longer than 65536 bytes",
         }));
-}
-
-TEST_F(ReplayTest, VirtualTimeKeepsBatchesBounded)
-{
-    std::string text;
-    for (std::size_t i = 0; i < ReplayProvider::kMaxBatch + 10; ++i)
-        text += "5,1,0012,1,0,-60,100,0,0\n";
-    auto provider = replay(text, Pacing::Virtual);
-    provider->OpenInterface(0, 0);
-    provider->advanceTo(5);
-    EXPECT_EQ(batchSizes, (std::vector<std::size_t> { ReplayProvider::kMaxBatch, 10 }));
 }
 
 TEST_F(ReplayTest, RealTimePacesPacketsAtTheirInstants)

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace corvalog {
@@ -224,51 +223,6 @@ TEST(Format, ExtremeValuesAndPatternsStayBounded)
     EXPECT_EQ(biggest.substr(0, 8), "179,769,");
     EXPECT_EQ(biggest.size(), 309u + 102u + 3u);
     EXPECT_EQ(Format(D(std::numeric_limits<double>::denorm_min()), "0.0E+000"), "4.9E-324");
-
-    const char *const odd[] = { ";", ";;;;;;;;", "\"", "\\", "E+", "e-e+", "%%%", ",,,",
-        "0,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,"
-        ",,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,,.0",
-        "#.#.#.#E+E+E+", "dddddddddd mmmmmmmm yyyyyyy", "hhhh nnnn ssss", "AM/P", "a/", "ttttt ttt",
-        "@@@@&&&&<<>>!!", "0@d", "d0@", "@0d", "\"unterminated;0", "0;\"x", "\xff\xfe@" };
-    const Variant values[] = { L(-7), D(-1e308), S(3.4e38f), D(0.5), Variant::date(-657434),
-        Variant::date(2958465.999), T("x\xff"), Variant(), Variant::null(),
-        Variant::boolean(true) };
-    for (const char *pattern : odd) {
-        for (const Variant &value : values)
-            EXPECT_NO_THROW(Format(value, pattern)) << pattern;
-    }
-}
-
-TEST(Format, ParsedPatternsSurviveCacheTurnover)
-{
-    // More distinct patterns than the cache holds, interleaved, and one too long to keep.
-    const std::string longPattern = std::string(300, '#') + "0.0";
-    for (int round = 0; round < 3; ++round) {
-        for (int n = 1; n <= 80; ++n) {
-            const std::string pattern(static_cast<std::size_t>(n), '0');
-            EXPECT_EQ(
-                Format(L(7), pattern), std::string(static_cast<std::size_t>(n - 1), '0') + "7");
-            EXPECT_EQ(Format(D(2.25), longPattern), "2.3");
-        }
-    }
-}
-
-TEST(Format, ThreadsFormatIndependently)
-{
-    std::vector<std::thread> threads;
-    std::vector<int> failures(4, 0);
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([t, &failures] {
-            for (int i = 0; i < 2000; ++i) {
-                const std::string pattern = t % 2 ? "0.00" : "#,##0";
-                const std::string expected = t % 2 ? "1234.50" : "1,235";
-                failures[t] += Format(D(1234.5), pattern) != expected;
-            }
-        });
-    }
-    for (std::thread &th : threads)
-        th.join();
-    EXPECT_EQ(failures, std::vector<int>(4, 0));
 }
 
 } // namespace

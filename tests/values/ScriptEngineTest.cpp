@@ -127,40 +127,32 @@ TEST_F(ScriptEngineTest, LogicAndComparisons)
         EXPECT_EQ(eval(c.text), c.expected) << c.text;
 }
 
-TEST_F(ScriptEngineTest, ErrorsCarryTheScriptNumbers)
-{
-    const Case cases[] = {
-        { "1E10 Or 1", "error 6" },
-        { "1/0", "error 11" },
-        { "0/0", "error 6" },
-        { "1 Mod 0", "error 11" },
-        { "\"x\" * 2", "error 13" },
-        { "Sqr(-1)", "error 5" },
-        { "(-8)^(1/3)", "error 5" },
-        { "10^400", "error 6" },
-        { "CInt(32767.5)", "error 6" },
-        { "CStr(Null)", "error 94" },
-        { "Left(\"abc\", -1)", "error 5" },
-        { "Sqr(1, 2)", "error 450" },
-        { "T", "error 450" },
-        { "Undefined1", "error 500" },
-        { "Foo(1/0)", "error 500" },
-        { "sclass", "error 13" },
-        { "sclass.Nope", "error 438" },
-        { "T(65536)", "error 9" },
-        { "C(25)", "error 9" },
-    };
-    for (const Case &c : cases)
-        EXPECT_EQ(eval(c.text), c.expected) << c.text;
-}
-
-TEST_F(ScriptEngineTest, ErrorTextsNameWhatWasExpectedOrUnknown)
+TEST_F(ScriptEngineTest, ErrorsCarryTheScriptNumbersAndNameWhatWasExpectedOrUnknown)
 {
     const struct {
         const char *text;
         int number;
-        const char *description;
+        const char *description; // nullptr: not checked
     } cases[] = {
+        { "1E10 Or 1", 6, nullptr },
+        { "1/0", 11, nullptr },
+        { "0/0", 6, nullptr },
+        { "1 Mod 0", 11, nullptr },
+        { "\"x\" * 2", 13, nullptr },
+        { "Sqr(-1)", 5, nullptr },
+        { "(-8)^(1/3)", 5, nullptr },
+        { "10^400", 6, nullptr },
+        { "CInt(32767.5)", 6, nullptr },
+        { "CStr(Null)", 94, nullptr },
+        { "Left(\"abc\", -1)", 5, nullptr },
+        { "Sqr(1, 2)", 450, nullptr },
+        { "T", 450, nullptr },
+        { "Undefined1", 500, nullptr },
+        { "Foo(1/0)", 500, nullptr },
+        { "sclass", 13, nullptr },
+        { "sclass.Nope", 438, nullptr },
+        { "T(65536)", 9, nullptr },
+        { "C(25)", 9, nullptr },
         { "1+", 1023, "Expected expression" },
         { "(1", 1006, "Expected ')'" },
         { "1)", 1025, "Expected end of statement" },
@@ -178,7 +170,9 @@ TEST_F(ScriptEngineTest, ErrorTextsNameWhatWasExpectedOrUnknown)
     for (const auto &c : cases) {
         const EvalResult r = engine.Eval(c.text);
         EXPECT_EQ(r.error, c.number) << c.text;
-        EXPECT_EQ(r.description, c.description) << c.text;
+        if (c.description) {
+            EXPECT_EQ(r.description, c.description) << c.text;
+        }
     }
 }
 

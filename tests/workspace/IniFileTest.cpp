@@ -1,13 +1,12 @@
 #include "workspace/IniFile.h"
 
+#include "FileText.h"
 #include "workspace/INIFileModule.h"
 
 #include <QTemporaryDir>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,15 +19,6 @@ class IniFileTest : public ::testing::Test
 {
 protected:
     std::string path(const std::string &name) const { return (m_dir / name).string(); }
-    static void put(const std::string &file, const std::string &bytes)
-    {
-        std::ofstream(file, std::ios::binary) << bytes;
-    }
-    static std::string contents(const std::string &file)
-    {
-        std::ifstream in(file, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    }
     std::size_t entries() const
     {
         return static_cast<std::size_t>(std::distance(fs::directory_iterator(m_dir), {}));
@@ -79,13 +69,12 @@ TEST_F(IniFileTest, LoadFailuresNameTheCause)
 
 TEST_F(IniFileTest, SaveReplacesTheFileAndKeepsItsMode)
 {
-    const std::string file = path("s.ini");
-    put(file, "[a]\nk=1\n");
+    const std::string file = writeFile(path("s.ini"), "[a]\nk=1\n");
     ::chmod(file.c_str(), 0640);
     IniDocument doc = *loadIniFile(file);
     doc.setValue("a", "k", "2");
     ASSERT_TRUE(saveIniFile(file, doc));
-    EXPECT_EQ(contents(file), "[a]\nk=2\n");
+    EXPECT_EQ(fileText(file), "[a]\nk=2\n");
     struct stat st;
     ASSERT_EQ(::stat(file.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 07777, 0640u);
@@ -96,14 +85,14 @@ TEST_F(IniFileTest, SaveReplacesTheFileAndKeepsItsMode)
     doc.setValue("a", "k", "3");
     ASSERT_TRUE(saveIniFile(path("link.ini"), doc));
     EXPECT_TRUE(fs::is_symlink(path("link.ini")));
-    EXPECT_EQ(contents(file), "[a]\nk=3\n");
+    EXPECT_EQ(fileText(file), "[a]\nk=3\n");
 }
 
 TEST_F(IniFileTest, FailedSaveLeavesEverythingAsItWas)
 {
-    put(path("file"), "old");
+    writeFile(path("file"), "old");
     fs::create_directory(path("folder"));
-    put(path("folder/inside"), "kept");
+    writeFile(path("folder/inside"), "kept");
     const IniDocument doc = IniDocument::parse("[a]\nk=1\n");
     const std::pair<std::string, int> cases[] = {
         { path("folder"), 75 },
@@ -116,26 +105,25 @@ TEST_F(IniFileTest, FailedSaveLeavesEverythingAsItWas)
         EXPECT_FALSE(saveIniFile(file, doc, &error)) << file;
         EXPECT_EQ(error.number, number) << file;
     }
-    EXPECT_EQ(contents(path("file")), "old");
-    EXPECT_EQ(contents(path("folder/inside")), "kept");
+    EXPECT_EQ(fileText(path("file")), "old");
+    EXPECT_EQ(fileText(path("folder/inside")), "kept");
     EXPECT_EQ(entries(), 2u);
 
     if (::geteuid() != 0) { // root may write anything
-        const std::string readOnly = path("ro.ini");
-        put(readOnly, "[a]\nk=0\n");
+        const std::string readOnly = writeFile(path("ro.ini"), "[a]\nk=0\n");
         ::chmod(readOnly.c_str(), 0444);
         FileError error;
         EXPECT_FALSE(saveIniFile(readOnly, doc, &error));
         EXPECT_EQ(error.number, 70);
-        EXPECT_EQ(contents(readOnly), "[a]\nk=0\n");
+        EXPECT_EQ(fileText(readOnly), "[a]\nk=0\n");
     }
 }
 
 TEST_F(IniFileTest, ReadIniFollowsTheBufferRules)
 {
-    const std::string file = path("r.ini");
     const std::string long300(300, 'v');
-    put(file, "[S]\nempty=\nnull=*NULL*\nlower=*null*\nlong=" + long300 + "\nq=\"*NULL*\"\n");
+    const std::string file = writeFile(path("r.ini"),
+        "[S]\nempty=\nnull=*NULL*\nlower=*null*\nlong=" + long300 + "\nq=\"*NULL*\"\n");
     struct Case {
         const char *key;
         std::string fallback;
@@ -163,11 +151,11 @@ TEST_F(IniFileTest, WriteIniCreatesEditsAndIsSeenByReadIni)
     EXPECT_TRUE(WriteINI(file, "App", "key", "one"));
     EXPECT_TRUE(WriteINI(file, "App", "other", "two"));
     EXPECT_TRUE(WriteINI(file, "app", "KEY", "three"));
-    EXPECT_EQ(contents(file), "[App]\nkey=three\nother=two\n");
+    EXPECT_EQ(fileText(file), "[App]\nkey=three\nother=two\n");
     EXPECT_EQ(ReadINI(file, "APP", "key", "d"), "three");
 
     // Rewritten behind the cache's back with the same size, then removed.
-    put(file, "[App]\nkey=THREE\nother=two\n");
+    writeFile(file, "[App]\nkey=THREE\nother=two\n");
     EXPECT_EQ(ReadINI(file, "App", "key", "d"), "THREE");
     fs::remove(file);
     EXPECT_EQ(ReadINI(file, "App", "key", "d"), "d");

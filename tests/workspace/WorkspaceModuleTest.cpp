@@ -1,13 +1,12 @@
 #include "workspace/WorkspaceModule.h"
 
+#include "FileText.h"
 #include "RecordingPrompts.h"
 #include "runtime/NumberLocale.h"
 #include "workspace/INIFileModule.h"
 
 #include <QTemporaryDir>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <string>
 
 using namespace corvalog;
@@ -28,14 +27,7 @@ protected:
 
     std::string write(const std::string &name, const std::string &text) const
     {
-        std::ofstream(path(name), std::ios::binary) << text;
-        return path(name);
-    }
-
-    static std::string read(const std::string &file)
-    {
-        std::ifstream in(file, std::ios::binary);
-        return { std::istreambuf_iterator<char>(in), {} };
+        return writeFile(path(name), text);
     }
 
     // Loads "[Workspace]\nType=CORVALOG\n" + lines.
@@ -158,7 +150,7 @@ TEST_F(WorkspaceModuleTest, ASaveReplacesTheWholeFile)
         ScopedNumberLocale comma(NumberLocale::comma());
         ASSERT_TRUE(SaveWorkspace(ws, file, prompts));
     }
-    const std::string text = read(file);
+    const std::string text = fileText(file);
     EXPECT_EQ(text.find("Caption9"), std::string::npos);
     EXPECT_EQ(text.find("[Other]"), std::string::npos);
     EXPECT_NE(text.find("\nNotes=line 1|line 2\n"), std::string::npos);
@@ -228,7 +220,7 @@ TEST_F(WorkspaceModuleTest, EveryExampleRoundTripsToWhatASaveWrites)
         const std::string out = path(std::string("out-") + c.example);
         ASSERT_TRUE(LoadWorkspace(ws, source, prompts)) << c.example;
         ASSERT_TRUE(SaveWorkspace(ws, out, prompts)) << c.example;
-        EXPECT_EQ(read(out), read(*c.expected ? c.expected : source)) << c.example;
+        EXPECT_EQ(fileText(out), fileText(*c.expected ? c.expected : source)) << c.example;
     }
     EXPECT_TRUE(prompts.messages.empty());
 }
