@@ -46,7 +46,7 @@ void writeJson(const WorkspaceClass &ws, std::ostream &out)
         json.text("Format", item.Format);
         json.number("TareValue", jsonNumber(item.TareValue));
         json.number("Timeout", std::to_string(item.Timeout));
-        json.number("Default", jsonNumber(item.Default));
+        json.number("Default", item.Default ? jsonNumber(*item.Default) : "null");
         json.number("Underload", jsonNumber(item.Underload));
         json.number("Overload", jsonNumber(item.Overload));
         json.number("Functionality", std::to_string(item.Functionality));

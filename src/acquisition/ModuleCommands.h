@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DriverHost.h"
+#include "values/StatusDisplay.h"
 #include "workspace/WorkspaceClass.h"
 
 #include <cstdint>
@@ -8,16 +9,6 @@
 #include <string>
 
 namespace corvalog {
-
-// The status window as the module commands use it: progress lines ("!" first makes its button
-// a Cancel button), and whether its close button was pressed since it was loaded.
-class StatusDisplay
-{
-public:
-    virtual ~StatusDisplay() = default;
-    virtual void ShowMessage(const std::string &message, const std::string &title) = 0;
-    virtual bool StatusClosed() const = 0;
-};
 
 // The title of the progress lines of pause and resume.
 inline constexpr const char *kModuleCommandTitle = "Module Commands";

@@ -166,7 +166,11 @@ double ScriptClass::Min(const Variant *args, std::size_t count) const
     // exactly and anything that is not a number counts as 0.
     double minimum = 9999999999.0;
     for (std::size_t i = 0; i < count; ++i) {
-        const double value = Val(CStr(args[i]));
+        // A whole number's text reads back as itself, so link qualities skip the round trip.
+        const VarType type = args[i].type();
+        const bool whole
+            = type == VarType::Integer || type == VarType::Long || type == VarType::Byte;
+        const double value = whole ? args[i].numberValue() : Val(CStr(args[i]));
         if (value < minimum)
             minimum = value;
     }

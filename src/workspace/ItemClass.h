@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace corvalog {
@@ -15,7 +16,10 @@ struct ItemClass {
     std::string Format; // number format of the value, e.g. "00.000"
     float TareValue = 0;
     std::int16_t Timeout = 0; // seconds
-    float Default = 0; // shown when the channel's modules are silent or in error
+    // Shown while the channel is in error (its modules silent or reporting errors). A load
+    // always gives a number; "none" is a Default cleared in the editor, and then the channel
+    // keeps its last output, until the workspace is next loaded.
+    std::optional<float> Default = 0.0f;
     float Underload = 0; // flashes below
     float Overload = 0; // flashes above
     std::int16_t Functionality = 0; // 0 none, 1 peak, 2 trough, 3 light, 4 medium, 5 heavy filter

@@ -132,7 +132,9 @@ ItemClass readChannel(const IniDocument &doc, int n)
     item.Format = read("Format", "00.000");
     assign(item.TareValue, read("TareValue", "0"));
     assign(item.Timeout, read("Timeout", "3"));
-    assign(item.Default, read("Default", "-9999999"));
+    float fallback = 0; // a new item's value, kept when the text does not convert
+    assign(fallback, read("Default", "-9999999"));
+    item.Default = fallback;
     assign(item.Underload, read("Underload", "-9999999"));
     assign(item.Overload, read("Overload", "9999999"));
     assign(item.Functionality, read("Function", "0"));
@@ -232,7 +234,7 @@ bool SaveWorkspace(const WorkspaceClass &ws, const std::string &FileName, UserPr
         write("Format" + suffix, item.Format);
         write("TareValue" + suffix, number(item.TareValue));
         write("Timeout" + suffix, std::to_string(item.Timeout));
-        write("Default" + suffix, number(item.Default));
+        write("Default" + suffix, item.Default ? number(*item.Default) : std::string());
         write("Underload" + suffix, number(item.Underload));
         write("Overload" + suffix, number(item.Overload));
         write("Function" + suffix, std::to_string(item.Functionality));
