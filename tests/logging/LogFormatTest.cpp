@@ -1,0 +1,56 @@
+#include "logging/LogFormat.h"
+
+#include "runtime/DateTime.h"
+#include "runtime/NumberLocale.h"
+
+#include <gtest/gtest.h>
+
+using namespace corvalog;
+
+namespace {
+
+TEST(LogFormat, HeaderAndRowsInBothDecimalModes)
+{
+    WorkspaceClass ws;
+    ws.Channels = 2;
+    ws.Items.assign(2, ItemClass {});
+    ws.item(1).Format = "0.00";
+    ws.item(2).Format = "0.00";
+    ChannelValues values;
+    values.output(1) = 21.5f;
+    values.output(2) = 0.37f;
+    const double date = dateFromCivil({ 2026, 11, 15, 14, 3, 7 });
+    const struct {
+        NumberLocale locale;
+        bool semicolons;
+        const char *header;
+        const char *row;
+    } cases[] = {
+        { NumberLocale::point(), false, "Date,Time,Elapsed mS,Temp,Load\r\n",
+            "15/11/2026,14:03:07,1000,21.50,0.37\r\n" },
+        { NumberLocale::comma(), true, "Date;Time;Elapsed mS;Temp;Load\r\n",
+            "15/11/2026;14:03:07;1000;21,50;0,37\r\n" },
+    };
+    for (const auto &c : cases) {
+        ScopedNumberLocale locale(c.locale);
+        EXPECT_EQ(logHeader({ "Temp", "Load" }, c.semicolons), c.header);
+        EXPECT_EQ(logRow(date, 1000, ws, values, c.semicolons), c.row);
+    }
+    ScopedNumberLocale comma(NumberLocale::comma());
+    EXPECT_EQ(logRow(date, 1000.5, ws, values, true).substr(20, 8),
+        "1000,5;2"); // elapsed as a plain number
+    EXPECT_EQ(
+        logHeader({ "a,b" }, true), "Date;Time;Elapsed mS;a;b\r\n"); // every comma, captions too
+}
+
+TEST(LogFormat, NoChannelsKeepTheSeparatorAfterElapsed)
+{
+    WorkspaceClass ws;
+    ws.Channels = 0;
+    ws.Items.clear();
+    EXPECT_EQ(logHeader({}, false), "Date,Time,Elapsed mS\r\n");
+    EXPECT_EQ(logRow(dateFromCivil({ 2026, 1, 2, 3, 4, 5 }), 250, ws, ChannelValues(), false),
+        "02/01/2026,03:04:05,250,\r\n");
+}
+
+} // namespace
