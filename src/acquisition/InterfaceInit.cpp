@@ -97,7 +97,7 @@ void InterfaceInit(DriverHost &host, const WorkspaceClass &workspace, UserPrompt
         return;
     }
 
-    // 9. Set the radio channel (the message speaks of reading it, as it always has).
+    // 9. Set the radio channel (the message speaks of reading it; users know it by that text).
     try {
         driverOf(host).SetRadioChannel(toByte(workspace.BSAddress), toByte(workspace.RFChannel));
     } catch (const VbError &) {
