@@ -30,6 +30,8 @@ bench: build
 # The figures the project promises, checked against the benchmark binary.
 bench-gate: build
 	scripts/check-bench $(DEV)/bench/corvalog_bench
+	bench/hour/check $(DEV)/cli/corvalog-cli
+	bench/live/check $(DEV)/cli/corvalog-cli
 
 asan: deps
 	@cmake --preset asan >/dev/null

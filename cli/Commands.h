@@ -17,5 +17,6 @@ int runIni(CliArgs &args, std::ostream &out);
 int runWorkspace(CliArgs &args, std::ostream &out);
 int runCheck(CliArgs &args, std::ostream &out);
 int runRecord(CliArgs &args, std::ostream &out);
+int runLog(CliArgs &args, std::ostream &out);
 
 } // namespace corvalog::cli

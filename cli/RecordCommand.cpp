@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "SourceOptions.h"
 #include "StderrPrompts.h"
 #include "acquisition/InterfaceInit.h"
 #include "acquisition/ProviderFactory.h"
@@ -10,49 +11,14 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTimer>
-#include <atomic>
-#include <csignal>
 #include <fstream>
 #include <iostream>
 
 namespace corvalog::cli {
 
-namespace {
-
-std::atomic<bool> g_stopRequested { false };
-
-extern "C" void requestStop(int)
-{
-    g_stopRequested = true;
-}
-
-} // namespace
-
-namespace {
-
-ProviderSource sourceOption(CliArgs &args)
-{
-    const std::string text = args.take("--source").value_or("sim");
-    std::string error;
-    const std::optional<ProviderSource> source = ProviderSource::parse(text, &error);
-    if (!source)
-        throw UsageError(error);
-    return *source;
-}
-
-std::optional<double> durationOption(CliArgs &args)
-{
-    const std::optional<std::string> text = args.take("--duration");
-    if (!text)
-        return std::nullopt;
-    return static_cast<double>(parseWhole(*text, 1, 31 * 24 * 3600, "--duration"));
-}
-
-} // namespace
-
 int runRecord(CliArgs &args, std::ostream &)
 {
-    const ProviderSource source = sourceOption(args);
+    const ProviderSource source = sourceOption(args, "sim");
     const std::optional<std::string> path = args.take("--out");
     if (!path)
         throw UsageError("--out FILE is required");
@@ -66,10 +32,8 @@ int runRecord(CliArgs &args, std::ostream &)
     }
     file << recordingHeader();
 
-    static int argc = 1;
-    static char name[] = "corvalog-cli";
-    static char *argv[] = { name, nullptr };
-    QCoreApplication app(argc, argv);
+    const std::unique_ptr<QCoreApplication> application = makeCoreApplication();
+    QCoreApplication &app = *application;
     StderrPrompts prompts(std::cerr);
     SystemClock clock;
     auto tables = std::make_unique<ScriptClass>(clock);
@@ -98,12 +62,11 @@ int runRecord(CliArgs &args, std::ostream &)
         QObject::connect(
             replay, &ReplayProvider::finished, &app, &QCoreApplication::quit, Qt::QueuedConnection);
     if (duration)
-        QTimer::singleShot(static_cast<int>(*duration * 1000), &app, &QCoreApplication::quit);
-    std::signal(SIGINT, requestStop);
-    std::signal(SIGTERM, requestStop);
+        QTimer::singleShot(static_cast<int>(*duration), &app, &QCoreApplication::quit);
+    catchStopSignals();
     QTimer stopCheck;
     QObject::connect(&stopCheck, &QTimer::timeout, &app, [] {
-        if (g_stopRequested)
+        if (stopSignalled())
             QCoreApplication::quit();
     });
     stopCheck.start(50);
@@ -112,15 +75,7 @@ int runRecord(CliArgs &args, std::ostream &)
     driver->CloseInterface();
     QCoreApplication::processEvents(); // packets already handed over still reach the file
     file.flush();
-    const std::vector<std::string> messages = driver->malformedMessages();
-    for (const std::string &m : messages)
-        std::cerr << "Warning: " << m << "\n";
-    if (driver->malformedCount() > messages.size())
-        std::cerr << "Warning: " << driver->malformedCount() - messages.size()
-                  << " more malformed lines\n";
-    if (handler.droppedCount() > 0 || driver->droppedInInbox() > 0)
-        std::cerr << "Warning: " << handler.droppedCount() << " packets could not be stored, "
-                  << driver->droppedInInbox() << " were dropped waiting\n";
+    reportSourceWarnings(*driver, handler.droppedCount(), std::cerr);
     std::cerr << "Recorded " << written << " packets to " << *path << "\n";
     return file ? 0 : 1;
 }

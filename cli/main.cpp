@@ -38,6 +38,11 @@ Commands:
   record [--source SRC] --out FILE [--duration S]
         write a packet recording from SRC: sim[:SEED] (default), replay:FILE or
         udp:[HOST:]PORT; until S seconds have passed, a replay ends, or Ctrl+C
+  log --workspace FILE --source SRC [--out CSV] [--duration S]
+      [--virtual-time [--start ISO-8601]]
+        log the workspace's channels as the program does (to stdout without --out);
+        --virtual-time replays a recording (or S seconds of sim) at full speed, the
+        same log every run, its clock starting at --start (default 2000-01-01T00:00:00)
 
 Numbers are written and read with "." unless --comma-decimal is given.
 Exit status: 0 done, 1 the system reported an error, 2 wrong usage.
@@ -58,6 +63,7 @@ const Command kCommands[] = {
     { "workspace", runWorkspace },
     { "check", runCheck },
     { "record", runRecord },
+    { "log", runLog },
 };
 
 } // namespace

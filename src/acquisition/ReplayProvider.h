@@ -2,6 +2,7 @@
 
 #include "ReceiveOnlyProvider.h"
 #include "RecordingFormat.h"
+#include "VirtualTimeSource.h"
 
 #include <atomic>
 #include <chrono>
@@ -29,7 +30,7 @@ namespace corvalog {
 // a line whose time goes back before the line played last: the format promises non-decreasing
 // times, so such a line is damage (a splice, a clock jump), and playing it late would stamp it
 // with the wrong instant.
-class ReplayProvider final : public ReceiveOnlyProvider
+class ReplayProvider final : public ReceiveOnlyProvider, public VirtualTimeSource
 {
     Q_OBJECT
 
@@ -54,11 +55,11 @@ public:
 
     // Virtual time only: the instant (ms since the recording began) of the next packet to play,
     // or nothing when the recording has no more (or the interface was closed).
-    std::optional<double> nextPacketTime();
+    std::optional<double> nextPacketTime() override;
     // Virtual time only: delivers every packet up to and including `timeMs`, in order, on the
     // calling thread, before returning. Does nothing before OpenInterface or after
     // CloseInterface.
-    void advanceTo(double timeMs);
+    void advanceTo(double timeMs) override;
 
     // True once the last packet was handed on; safe from any thread.
     bool isFinished() const { return m_finished.load(); }

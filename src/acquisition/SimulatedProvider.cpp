@@ -387,6 +387,16 @@ PacketBatch SimulatedProvider::packetsDueUntil(double msSinceOpen, std::vector<d
     return batch;
 }
 
+std::optional<double> SimulatedProvider::nextPacketTime()
+{
+    if (!m_open || m_modules.empty())
+        return std::nullopt;
+    double next = m_modules.front().dueAt();
+    for (const Module &m : m_modules)
+        next = std::min(next, m.dueAt());
+    return next;
+}
+
 double SimulatedProvider::packetRate(std::int32_t datatag) const
 {
     for (const ModuleKind &kind : kModuleKinds) {

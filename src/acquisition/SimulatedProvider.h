@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DataProvider.h"
+#include "VirtualTimeSource.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -35,7 +36,7 @@ struct SimulationOptions {
 // depend on when the timer happens to fire. A command takes effect at the instant packets were
 // last generated up to (now()). Operations other than OpenInterface, CloseInterface,
 // DetectBaseStation and the versions raise VbError(kErrorNotOpen) while the interface is closed.
-class SimulatedProvider final : public DataProvider
+class SimulatedProvider final : public DataProvider, public VirtualTimeSource
 {
     Q_OBJECT
 
@@ -91,7 +92,9 @@ public:
         std::uint8_t &command, std::string &data) override;
 
     // Generates and delivers, as one batch in time order, every packet due up to the instant.
-    void advanceTo(double msSinceOpen);
+    void advanceTo(double msSinceOpen) override;
+    // The next instant a module is due to send (it may keep silent then); nothing while closed.
+    std::optional<double> nextPacketTime() override;
     // Generates every packet due up to the instant without delivering it; each one's instant
     // goes to `times` when given. Ties are ordered as the tags in SimulatedModules.h.
     PacketBatch packetsDueUntil(double msSinceOpen, std::vector<double> *times = nullptr);

@@ -7,6 +7,12 @@
 
 namespace corvalog {
 
+bool logUsesSemicolons()
+{
+    const std::string zero = Format(Variant::integer(0), "0.0");
+    return zero.size() > 1 && zero[1] == ',';
+}
+
 std::string logHeader(const std::vector<std::string> &captions, bool semicolons)
 {
     std::string header = "Date,Time,Elapsed mS,";

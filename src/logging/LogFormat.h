@@ -8,6 +8,10 @@
 
 namespace corvalog {
 
+// True when the locale writes decimal commas (0 formatted "0.0" has a comma as its second
+// character): a log then separates its fields with ";".
+bool logUsesSemicolons();
+
 // The header line of a log: "Date,Time,Elapsed mS," and each channel's caption with a comma,
 // the final comma dropped; with semicolons (a comma-decimal locale) every comma becomes ";".
 // Ends with CR LF.

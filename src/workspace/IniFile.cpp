@@ -40,12 +40,15 @@ bool folderExists(const std::string &path)
     return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-// A missing file whose folder is missing too is "Path not found", as the script runtime says.
-FileError errorForPath(int errnoValue, const std::string &path)
+} // namespace
+
+FileError fileErrorForPath(int errnoValue, const std::string &path)
 {
     const bool folderMissing = errnoValue == ENOENT && !folderExists(parentFolder(path));
     return fileErrorFromErrno(errnoValue, folderMissing);
 }
+
+namespace {
 
 bool writeAll(int fd, const std::string &bytes)
 {
@@ -107,7 +110,7 @@ std::optional<IniDocument> loadIniFile(const std::string &path, FileError *error
     // Non-blocking so that a FIFO in the settings' place is refused instead of hanging.
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) {
-        report(error, errorForPath(errno, path));
+        report(error, fileErrorForPath(errno, path));
         return std::nullopt;
     }
     struct stat st;
@@ -177,7 +180,7 @@ bool saveIniFile(const std::string &path, const IniDocument &document, FileError
             return false;
         }
     } else if (errno != ENOENT) {
-        report(error, errorForPath(errno, target));
+        report(error, fileErrorForPath(errno, target));
         return false;
     }
 
@@ -192,7 +195,7 @@ bool saveIniFile(const std::string &path, const IniDocument &document, FileError
             + std::to_string(++counter) + ".tmp";
         fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
         if (fd < 0 && errno != EEXIST) {
-            report(error, errorForPath(errno, target));
+            report(error, fileErrorForPath(errno, target));
             return false;
         }
     }

@@ -19,6 +19,10 @@ struct FileError {
 // not found for a file and 76 Path not found for a folder.
 FileError fileErrorFromErrno(int errnoValue, bool isFolderOperation);
 
+// The same for a call on a file path: a missing file whose folder is missing too is "Path not
+// found", as the script runtime says.
+FileError fileErrorForPath(int errnoValue, const std::string &path);
+
 // Reads an INI file. A missing file is an error (53, or 76 when its folder is missing too);
 // callers that treat it as empty decide so. A folder, a device or a file over 1 GiB is refused.
 std::optional<IniDocument> loadIniFile(const std::string &path, FileError *error = nullptr);

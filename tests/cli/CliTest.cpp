@@ -129,6 +129,30 @@ TEST(Cli, ARecordingReplaysToTheSamePackets)
         cli("record --source replay:/no/such.csv --duration 1 --out '" + b + "'").exitCode, 1);
 }
 
+// Worked out by hand: screen ticks every 333 ms also step the light filter (the log interval
+// is above 333 ms); Load times out (Timeout 1) once two second boundaries have passed since
+// its last packet at 1.1 s and shows its Default, which puts Sum in error with its own Default.
+TEST(Cli, TheHeadlessLoggerWritesTheLogTheProgramWould)
+{
+    const std::string data = CORVALOG_TEST_DATA;
+    const std::string run = "log --workspace " + data + "/three-seconds.lws --source replay:" + data
+        + "/three-seconds.csv --virtual-time --duration 3 --start 2026-11-15T14:03:07";
+    const char *const expected = "Date,Time,Elapsed mS,Load,Filtered,Sum\r\n"
+                                 "15/11/2026,14:03:07,500,1.0,15.00,16.00\r\n"
+                                 "15/11/2026,14:03:08,1000,2.0,19.38,21.38\r\n"
+                                 "15/11/2026,14:03:08,1500,3.0,34.84,37.84\r\n"
+                                 "15/11/2026,14:03:09,2000,3.0,39.36,42.36\r\n"
+                                 "15/11/2026,14:03:09,2500,3.0,39.84,42.84\r\n"
+                                 "15/11/2026,14:03:10,3000,99.0,39.98,-1.00\r\n";
+    const CliRun r = cli(run);
+    EXPECT_EQ(r.exitCode, 0);
+    EXPECT_EQ(r.out, expected);
+
+    const CliRun comma = cli("--comma-decimal " + run);
+    EXPECT_EQ(comma.out.substr(0, 42), "Date;Time;Elapsed mS;Load;Filtered;Sum\r\n15");
+    EXPECT_NE(comma.out.find("14:03:10;3000;99,0;39,98;-1,00\r\n"), std::string::npos);
+}
+
 TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
 {
     const char *const wrong[] = {
@@ -153,6 +177,12 @@ TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
         "record --out x.csv --source bogus",
         "record --out x.csv --duration 0",
         "record --out x.csv --source udp:0",
+        "log --source sim --duration 1",
+        "log --workspace w.lws --duration 1",
+        "log --workspace w.lws --source udp:9 --virtual-time --duration 1",
+        "log --workspace w.lws --source sim --virtual-time",
+        "log --workspace w.lws --source sim --start 2026-01-01",
+        "log --workspace w.lws --source sim --virtual-time --duration 1 --start yesterday",
     };
     for (const char *args : wrong) {
         const CliRun r = cli(args);

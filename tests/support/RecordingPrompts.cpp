@@ -24,9 +24,9 @@ PromptAnswer RecordingPrompts::message(
 }
 
 std::optional<std::string> RecordingPrompts::input(
-    const std::string &title, const std::string &prompt, const std::string &)
+    const std::string &title, const std::string &prompt, const std::string &initialText)
 {
-    inputPrompts.push_back(title + ": " + prompt);
+    inputPrompts.push_back(title + ": " + prompt + " [" + initialText + "]");
     std::optional<std::string> answer;
     pop(inputs, answer);
     return answer;

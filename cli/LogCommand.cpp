@@ -1,0 +1,94 @@
+#include "Commands.h"
+#include "SourceOptions.h"
+#include "StderrPrompts.h"
+#include "logging/HeadlessLogger.h"
+#include "logging/LogFormat.h"
+#include "runtime/DateTime.h"
+#include "workspace/WorkspaceModule.h"
+
+#include <QDateTime>
+#include <cstdio>
+#include <iomanip>
+#include <iostream>
+#include <unistd.h>
+
+namespace corvalog::cli {
+
+namespace {
+
+// --start: an ISO 8601 date-time ("2026-11-15T14:03:07") as a script date.
+std::optional<double> startOption(CliArgs &args)
+{
+    const std::optional<std::string> text = args.take("--start");
+    if (!text)
+        return std::nullopt;
+    QDateTime when = QDateTime::fromString(QString::fromStdString(*text), Qt::ISODate);
+    if (!when.isValid()) {
+        const QDate day = QDate::fromString(QString::fromStdString(*text), Qt::ISODate);
+        when = QDateTime(day, QTime(0, 0));
+    }
+    if (!when.isValid() || when.date().year() < 100 || when.date().year() > 9999)
+        throw UsageError(
+            "--start: not an ISO 8601 date-time between the years 100 and 9999: " + *text);
+    const QDate d = when.date();
+    const QTime t = when.time();
+    return dateFromCivil({ d.year(), d.month(), d.day(), t.hour(), t.minute(), t.second() });
+}
+
+void printProgress(const HeadlessProgress &p)
+{
+    const double rate = p.wallSeconds > 0 ? static_cast<double>(p.rows) / p.wallSeconds : 0;
+    std::cerr << "\r" << p.rows << " rows, " << std::fixed << std::setprecision(1)
+              << p.loggedMs / 1000.0 << " s logged, " << std::setprecision(0) << rate
+              << " rows/s   " << std::defaultfloat << std::flush;
+}
+
+} // namespace
+
+int runLog(CliArgs &args, std::ostream &)
+{
+    const std::optional<std::string> workspaceFile = args.take("--workspace");
+    if (!workspaceFile)
+        throw UsageError("--workspace FILE is required");
+    HeadlessLogOptions options;
+    options.source = sourceOption(args, nullptr);
+    options.outPath = args.take("--out").value_or("/dev/stdout");
+    options.durationMs = durationOption(args);
+    options.virtualTime = args.takeFlag("--virtual-time");
+    const std::optional<double> start = startOption(args);
+    args.positional(0);
+    if (start)
+        options.start = *start;
+    if (start && !options.virtualTime)
+        throw UsageError("--start needs --virtual-time (live logs carry the real time)");
+    if (options.virtualTime && options.source.kind == ProviderSource::Kind::Udp)
+        throw UsageError("--virtual-time needs sim or replay: datagrams arrive in real time");
+    if (options.virtualTime && options.source.kind == ProviderSource::Kind::Simulated
+        && !options.durationMs)
+        throw UsageError("--virtual-time with sim needs --duration: the simulation never ends");
+
+    StderrPrompts prompts(std::cerr);
+    WorkspaceClass workspace;
+    if (!LoadWorkspace(workspace, *workspaceFile, prompts))
+        return 1;
+    options.semicolons = logUsesSemicolons();
+    options.rescueFolder = "."; // the tool's user works in the current folder
+
+    const std::unique_ptr<QCoreApplication> application = makeCoreApplication();
+    catchStopSignals();
+    HeadlessLogger logger(workspace, options, prompts);
+    const bool showProgress = ::isatty(STDERR_FILENO) == 1;
+    const bool ok = logger.run(stopSignalled, [showProgress](const HeadlessProgress &p) {
+        if (showProgress)
+            printProgress(p);
+    });
+    if (showProgress)
+        std::cerr << "\n";
+    if (const DataProvider *driver = logger.driver())
+        reportSourceWarnings(*driver, logger.handler().droppedCount(), std::cerr);
+    if (options.outPath != "/dev/stdout")
+        std::cerr << "Logged " << logger.rowsWritten() << " rows to " << options.outPath << "\n";
+    return ok ? 0 : 1;
+}
+
+} // namespace corvalog::cli

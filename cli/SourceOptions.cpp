@@ -1,0 +1,72 @@
+#include "SourceOptions.h"
+
+#include <atomic>
+#include <csignal>
+
+namespace corvalog::cli {
+
+namespace {
+
+std::atomic<bool> g_stopRequested { false };
+
+extern "C" void requestStop(int)
+{
+    g_stopRequested = true;
+}
+
+} // namespace
+
+ProviderSource sourceOption(CliArgs &args, const char *fallback)
+{
+    const std::optional<std::string> text = args.take("--source");
+    if (!text && !fallback)
+        throw UsageError("--source SRC is required");
+    std::string error;
+    const std::optional<ProviderSource> source
+        = ProviderSource::parse(text ? *text : std::string(fallback), &error);
+    if (!source)
+        throw UsageError(error);
+    return *source;
+}
+
+std::optional<double> durationOption(CliArgs &args)
+{
+    const std::optional<std::string> text = args.take("--duration");
+    if (!text)
+        return std::nullopt;
+    return 1000.0 * static_cast<double>(parseWhole(*text, 1, 31 * 24 * 3600, "--duration"));
+}
+
+std::unique_ptr<QCoreApplication> makeCoreApplication()
+{
+    static int argc = 1;
+    static char name[] = "corvalog-cli";
+    static char *argv[] = { name, nullptr };
+    return std::make_unique<QCoreApplication>(argc, argv);
+}
+
+void catchStopSignals()
+{
+    std::signal(SIGINT, requestStop);
+    std::signal(SIGTERM, requestStop);
+}
+
+bool stopSignalled()
+{
+    return g_stopRequested.load();
+}
+
+void reportSourceWarnings(const DataProvider &driver, std::uint64_t unstored, std::ostream &err)
+{
+    const std::vector<std::string> messages = driver.malformedMessages();
+    for (const std::string &m : messages)
+        err << "Warning: " << m << "\n";
+    if (driver.malformedCount() > messages.size())
+        err << "Warning: " << driver.malformedCount() - messages.size()
+            << " more malformed lines\n";
+    if (unstored > 0 || driver.droppedInInbox() > 0)
+        err << "Warning: " << unstored << " packets could not be stored, "
+            << driver.droppedInInbox() << " were dropped waiting\n";
+}
+
+} // namespace corvalog::cli

@@ -1,0 +1,200 @@
+#include "HeadlessLogger.h"
+
+#include "IntervalTimer.h"
+#include "acquisition/InterfaceInit.h"
+#include "acquisition/ProviderFactory.h"
+#include "acquisition/ReplayProvider.h"
+#include "acquisition/VirtualTimeSource.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
+#include <algorithm>
+#include <limits>
+
+namespace corvalog {
+
+// The log timer on virtual time: the run loop fires it at exact multiples of its period.
+class HeadlessLogger::VirtualTimer final : public TickTimer
+{
+public:
+    void start(std::int32_t intervalMs) override { interval = intervalMs; }
+    void stop() override { interval = 0; }
+    std::int32_t interval = 0; // 0 while stopped
+};
+
+HeadlessLogger::HeadlessLogger(
+    WorkspaceClass workspace, HeadlessLogOptions options, UserPrompts &prompts)
+    : m_workspace(std::move(workspace))
+    , m_options(std::move(options))
+    , m_prompts(prompts)
+    , m_virtualClock(m_options.start)
+    , m_clock(m_options.virtualTime ? static_cast<const Clock &>(m_virtualClock) : m_systemClock)
+    , m_tables(std::make_unique<ScriptClass>(m_clock))
+    , m_engine(*m_tables)
+    , m_handler(*m_tables)
+    , m_pump(m_handler)
+    , m_host([this] { return createProvider(m_options.source, m_options.virtualTime); }, m_pump)
+{
+    if (m_options.virtualTime)
+        m_logTimer = std::make_unique<VirtualTimer>();
+    else
+        m_logTimer = std::make_unique<IntervalTimer>(
+            [this](std::int32_t ms) { m_logger->LogTimer_Timer(ms); });
+    m_logger = std::make_unique<DataLogger>(DataLogger::Context { m_workspace, m_values, m_engine,
+                                                *this, *this, *m_logTimer, m_clock, m_prompts },
+        m_options.semicolons, m_options.rescueFolder);
+}
+
+HeadlessLogger::~HeadlessLogger()
+{
+    m_logger->stop();
+    if (DataProvider *driver = m_host.driver())
+        driver->CloseInterface();
+}
+
+void HeadlessLogger::processEvents()
+{
+    if (!m_options.virtualTime)
+        QCoreApplication::processEvents();
+}
+
+std::string HeadlessLogger::panelTitle(int n) const
+{
+    return m_workspace.item(n).Caption;
+}
+
+bool HeadlessLogger::activate()
+{
+    // The base station comes up as the program brings it up, without the pauses that give a
+    // real driver time to let go of its port.
+    InterfaceInitHooks hooks;
+    hooks.wait = [](std::int32_t) {};
+    if (!m_options.virtualTime)
+        hooks.processEvents = [] { QCoreApplication::processEvents(); };
+    InterfaceInit(m_host, m_workspace, m_prompts, hooks);
+    prepareChannels(m_workspace, m_values);
+    return m_host.driver() != nullptr;
+}
+
+void HeadlessLogger::screenTick()
+{
+    if (screenTickReadsValues(m_logger->isLogging(), m_workspace.LogInterval))
+        ReadValues(m_workspace, m_values, m_engine, *this);
+}
+
+bool HeadlessLogger::run(const std::function<bool()> &stopRequested,
+    const std::function<void(const HeadlessProgress &)> &progress)
+{
+    if (!activate())
+        return false;
+    const bool ok = m_options.virtualTime ? runVirtual(stopRequested, progress)
+                                          : runLive(stopRequested, progress);
+    m_rows = m_logger->rowsWritten();
+    m_logger->stop();
+    if (DataProvider *driver = m_host.driver())
+        driver->CloseInterface();
+    return ok;
+}
+
+bool HeadlessLogger::runVirtual(const std::function<bool()> &stopRequested,
+    const std::function<void(const HeadlessProgress &)> &progress)
+{
+    auto *source = dynamic_cast<VirtualTimeSource *>(m_host.driver());
+    if (!source) {
+        m_prompts.message(DataLogger::kTitle, "This packet source cannot run on virtual time.",
+            PromptIcon::Critical);
+        return false;
+    }
+    auto &timer = static_cast<VirtualTimer &>(*m_logTimer);
+    if (!m_logger->start(m_options.outPath))
+        return false;
+
+    QElapsedTimer wall;
+    wall.start();
+    qint64 lastReport = 0;
+    constexpr double kNever = std::numeric_limits<double>::infinity();
+    const double end = m_options.durationMs.value_or(kNever);
+    // Timer instants are kept as whole milliseconds, so the thousandth tick is exact.
+    std::int64_t screenNext = kScreenIntervalMs;
+    std::int64_t logNext = timer.interval;
+    for (std::uint64_t step = 0;; ++step) {
+        const std::optional<double> packet = source->nextPacketTime();
+        if (!packet && !m_options.durationMs)
+            break; // the recording has ended
+        const double logAt = timer.interval > 0 ? static_cast<double>(logNext) : kNever;
+        const double now
+            = std::min({ packet.value_or(kNever), static_cast<double>(screenNext), logAt });
+        if (now > end || now == kNever)
+            break;
+        m_virtualClock.set(m_options.start + now / 86400000.0);
+        // At one instant: packets first, then the screen tick, then the log tick.
+        if (packet && *packet == now)
+            source->advanceTo(now);
+        if (static_cast<double>(screenNext) == now) {
+            screenTick();
+            screenNext += kScreenIntervalMs;
+        }
+        if (logAt == now) {
+            m_logger->LogTimer_Timer(timer.interval);
+            logNext += timer.interval;
+            if (!m_logger->isLogging())
+                return false; // a row could not be written; the user was told
+        }
+        if ((step & 0xFFF) == 0) {
+            if (stopRequested())
+                break;
+            if (wall.elapsed() - lastReport >= 1000) {
+                lastReport = wall.elapsed();
+                progress({ m_logger->rowsWritten(), m_logger->elapsedMs(),
+                    static_cast<double>(lastReport) / 1000.0 });
+            }
+        }
+    }
+    return true;
+}
+
+bool HeadlessLogger::runLive(const std::function<bool()> &stopRequested,
+    const std::function<void(const HeadlessProgress &)> &progress)
+{
+    QEventLoop loop;
+    bool ok = true;
+    QTimer screen;
+    screen.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&screen, &QTimer::timeout, [this] { screenTick(); });
+    QTimer poll;
+    QElapsedTimer wall;
+    qint64 lastReport = 0;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (stopRequested())
+            loop.quit();
+        else if (!m_logger->isLogging()) {
+            ok = false; // a row could not be written; the user was told
+            loop.quit();
+        } else if (wall.elapsed() - lastReport >= 1000) {
+            lastReport = wall.elapsed();
+            progress({ m_logger->rowsWritten(), m_logger->elapsedMs(),
+                static_cast<double>(lastReport) / 1000.0 });
+        }
+    });
+    if (auto *replay = dynamic_cast<ReplayProvider *>(m_host.driver()))
+        QObject::connect(
+            replay, &ReplayProvider::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    deadline.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
+
+    if (!m_logger->start(m_options.outPath))
+        return false;
+    wall.start();
+    screen.start(kScreenIntervalMs);
+    poll.start(50);
+    if (m_options.durationMs)
+        deadline.start(static_cast<int>(std::min(*m_options.durationMs, 2.0e9)));
+    loop.exec();
+    return ok;
+}
+
+} // namespace corvalog

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "DataLogger.h"
+#include "acquisition/DriverHost.h"
+#include "acquisition/PacketPump.h"
+#include "acquisition/ProviderSource.h"
+#include "values/ScriptClass.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace corvalog {
+
+struct HeadlessLogOptions {
+    ProviderSource source;
+    std::string outPath;
+    // How long to log; without it a recording logs to its end, other sources until stopped.
+    std::optional<double> durationMs;
+    // Packets at their recorded instants, timers at exact multiples of their periods, the
+    // clock showing `start` plus the time passed: the same log every run, as fast as it goes.
+    bool virtualTime = false;
+    double start = 36526.0; // script date of 2000-01-01 00:00:00
+    bool semicolons = false;
+    std::string rescueFolder; // where rows of a log file deleted while logging are saved
+};
+
+struct HeadlessProgress {
+    std::uint64_t rows = 0;
+    double loggedMs = 0; // the log's Elapsed so far
+    double wallSeconds = 0;
+};
+
+// The main window without a window: the workspace activated as the program activates it, the
+// display refresh's evaluation on its 333 ms timer and the log timer writing rows, from one
+// packet source.
+class HeadlessLogger final : private ReadValuesHost, private LoggingView
+{
+public:
+    static constexpr std::int32_t kScreenIntervalMs = 333;
+
+    HeadlessLogger(WorkspaceClass workspace, HeadlessLogOptions options, UserPrompts &prompts);
+    ~HeadlessLogger() override;
+
+    // Logs until the duration has passed, the recording has ended or `stopRequested` turns
+    // true; `progress` is told about once a second. The file is closed on return. False when
+    // logging could not start (the user was told why).
+    bool run(const std::function<bool()> &stopRequested,
+        const std::function<void(const HeadlessProgress &)> &progress);
+
+    std::uint64_t rowsWritten() const { return m_rows; }
+    const DataProvider *driver() const { return m_host.driver(); }
+    const PacketHandler &handler() const { return m_handler; }
+
+private:
+    class VirtualTimer;
+
+    bool activate();
+    void screenTick();
+    bool runVirtual(const std::function<bool()> &stopRequested,
+        const std::function<void(const HeadlessProgress &)> &progress);
+    bool runLive(const std::function<bool()> &stopRequested,
+        const std::function<void(const HeadlessProgress &)> &progress);
+
+    // ReadValuesHost: no label, so the cycle lets no events run between channels.
+    bool suppressReadingLabel() const override { return true; }
+    void setReadingLabel(const std::string &) override { }
+    void processEvents() override;
+    std::string panelTitle(int n) const override;
+    // LoggingView: nothing to show.
+    void enableMenu(LogMenu, bool) override { }
+    void setLogLabel(const std::string &) override { }
+    void setLogLabelToolTip(const std::string &) override { }
+
+    WorkspaceClass m_workspace;
+    HeadlessLogOptions m_options;
+    UserPrompts &m_prompts;
+    ManualClock m_virtualClock;
+    SystemClock m_systemClock;
+    const Clock &m_clock;
+    std::unique_ptr<ScriptClass> m_tables;
+    ScriptEngine m_engine;
+    ChannelValues m_values;
+    PacketHandler m_handler;
+    PacketPump m_pump;
+    DriverHost m_host;
+    std::unique_ptr<TickTimer> m_logTimer;
+    std::unique_ptr<DataLogger> m_logger;
+    std::uint64_t m_rows = 0;
+};
+
+} // namespace corvalog
