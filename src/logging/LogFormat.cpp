@@ -1,11 +1,46 @@
 #include "LogFormat.h"
 
+#include "runtime/DateTime.h"
 #include "runtime/Format.h"
 #include "runtime/NumberText.h"
 
 #include <algorithm>
 
 namespace corvalog {
+
+namespace {
+
+void appendTwoDigits(std::string &out, int n)
+{
+    out += static_cast<char>('0' + n / 10 % 10);
+    out += static_cast<char>('0' + n % 10);
+}
+
+// "DD/MM/YYYY" and "HH:MM:SS" with the separator after each: what Format writes for those
+// patterns, without reading them for every row.
+void appendDateAndTime(std::string &row, double date, char separator)
+{
+    const CivilDateTime dt = civilFromDate(date);
+    if (dt.year < 1000) {
+        row += Format(Variant::date(date), "DD/MM/YYYY");
+    } else {
+        appendTwoDigits(row, dt.day);
+        row += '/';
+        appendTwoDigits(row, dt.month);
+        row += '/';
+        appendTwoDigits(row, dt.year / 100);
+        appendTwoDigits(row, dt.year % 100);
+    }
+    row += separator;
+    appendTwoDigits(row, dt.hour);
+    row += ':';
+    appendTwoDigits(row, dt.minute);
+    row += ':';
+    appendTwoDigits(row, dt.second);
+    row += separator;
+}
+
+} // namespace
 
 bool logUsesSemicolons()
 {
@@ -30,10 +65,7 @@ std::string logRow(double date, double elapsedMs, const WorkspaceClass &workspac
     const char separator = semicolons ? ';' : ',';
     std::string row;
     row.reserve(64 + 16 * workspace.Items.size());
-    row += Format(Variant::date(date), "DD/MM/YYYY");
-    row += separator;
-    row += Format(Variant::date(date), "HH:MM:SS");
-    row += separator;
+    appendDateAndTime(row, date, separator);
     row += doubleText(elapsedMs);
     row += separator;
     // Channels beyond the 24 displays have no value to write.

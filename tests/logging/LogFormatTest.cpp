@@ -1,6 +1,7 @@
 #include "logging/LogFormat.h"
 
 #include "runtime/DateTime.h"
+#include "runtime/Format.h"
 #include "runtime/NumberLocale.h"
 
 #include <gtest/gtest.h>
@@ -51,6 +52,27 @@ TEST(LogFormat, NoChannelsKeepTheSeparatorAfterElapsed)
     EXPECT_EQ(logHeader({}, false), "Date,Time,Elapsed mS\r\n");
     EXPECT_EQ(logRow(dateFromCivil({ 2026, 1, 2, 3, 4, 5 }), 250, ws, ChannelValues(), false),
         "02/01/2026,03:04:05,250,\r\n");
+}
+
+} // namespace
+
+namespace {
+
+// The row writes its date and time without Format; they must read exactly as Format writes them.
+TEST(LogFormat, DateAndTimeReadAsFormatWritesThem)
+{
+    WorkspaceClass ws;
+    ws.Channels = 0;
+    ws.Items.clear();
+    const double dates[] = { dateFromCivil({ 2026, 11, 15, 14, 3, 7 }) + 0.9 / 86400,
+        dateFromCivil({ 1999, 12, 31, 23, 59, 59 }) + 0.999 / 86400,
+        dateFromCivil({ 100, 1, 1, 0, 0, 0 }), dateFromCivil({ 999, 7, 4, 12, 0, 1 }),
+        dateFromCivil({ 9999, 12, 31, 0, 0, 0 }), dateFromCivil({ 1899, 12, 29, 6, 30, 0 }) };
+    for (const double date : dates) {
+        EXPECT_EQ(logRow(date, 0, ws, ChannelValues(), false),
+            Format(Variant::date(date), "DD/MM/YYYY") + ","
+                + Format(Variant::date(date), "HH:MM:SS") + ",0,\r\n");
+    }
 }
 
 } // namespace
