@@ -32,6 +32,8 @@ bench-gate: build
 	scripts/check-bench $(DEV)/bench/corvalog_bench
 	bench/hour/check $(DEV)/cli/corvalog-cli
 	bench/live/check $(DEV)/cli/corvalog-cli
+	scripts/check-bench $(DEV)/bench/corvalog_ui_bench bench/ui/gates.txt
+	bench/ui/idle-check $(DEV)/src/corvalog-gallery 20
 
 asan: deps
 	@cmake --preset asan >/dev/null

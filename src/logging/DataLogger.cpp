@@ -2,8 +2,10 @@
 
 #include "LogFormat.h"
 #include "runtime/Format.h"
+#include "runtime/NumberText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace corvalog {
@@ -20,6 +22,16 @@ std::string loggingLabel(std::int32_t logIntervalMs, const std::string &path)
 {
     const double rate = 1.0 / (static_cast<double>(logIntervalMs) / 1000.0);
     return "Logging at " + Format(Variant::dbl(rate), "0.0") + "Hz to " + path;
+}
+
+std::string loggingProgressLabel(
+    std::int32_t logIntervalMs, int channels, float achievedMs, const std::string &path)
+{
+    const double readings
+        = std::floor(1.0 / (static_cast<double>(logIntervalMs) / 1000.0) * channels);
+    return "Logging requested at " + Format(Variant::longValue(logIntervalMs), "000") + "ms ("
+        + doubleText(readings) + " channel readings per sec) to " + path + " and achieving "
+        + Format(Variant::single(achievedMs), "000") + "ms";
 }
 
 bool screenTickReadsValues(bool logging, std::int32_t logIntervalMs)

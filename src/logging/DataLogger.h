@@ -80,6 +80,11 @@ std::string logIntervalProblem(const WorkspaceClass &workspace);
 // The logging status text: "Logging at <rate>Hz to <path>", the rate formatted "0.0".
 std::string loggingLabel(std::int32_t logIntervalMs, const std::string &path);
 
+// The line the display refresh shows while logging: "Logging requested at 250ms (96 channel
+// readings per sec) to <path> and achieving 087ms".
+std::string loggingProgressLabel(
+    std::int32_t logIntervalMs, int channels, float achievedMs, const std::string &path);
+
 // True when the display refresh evaluates the channels itself: always, except while logging
 // at an interval of 333 ms or less, when the log timer's cycles keep the values fresh.
 bool screenTickReadsValues(bool logging, std::int32_t logIntervalMs);

@@ -1,0 +1,89 @@
+#include "RecordingPrompts.h"
+#include "displays/DisplayRefresh.h"
+#include "displays/TableContainer.h"
+#include "values/ScriptClass.h"
+
+#include <QApplication>
+#include <benchmark/benchmark.h>
+
+using namespace corvalog;
+
+namespace {
+
+class Host final : public ReadValuesHost, public LoggingView, public TickTimer
+{
+public:
+    bool suppressReadingLabel() const override { return true; }
+    void setReadingLabel(const std::string &) override { }
+    void processEvents() override { }
+    std::string panelTitle(int) const override { return {}; }
+    void enableMenu(LogMenu, bool) override { }
+    void setLogLabel(const std::string &) override { }
+    void setLogLabelToolTip(const std::string &) override { }
+    void start(std::int32_t) override { }
+    void stop() override { }
+};
+
+// One refresh tick of 24 panels in a shown window: the property writes and the one repaint.
+// The log timer evaluates (a fast log is running), so the tick is the display's own work.
+void BM_RefreshTick24(benchmark::State &state)
+{
+    ManualClock clock(46000.0);
+    auto tables = std::make_unique<ScriptClass>(clock);
+    ScriptEngine engine(*tables);
+    WorkspaceClass ws;
+    ws.Channels = 24;
+    ws.LogInterval = 100;
+    ws.Items.assign(24, ItemClass {});
+    ChannelValues values;
+    for (int n = 1; n <= 24; ++n) {
+        ItemClass &item = ws.item(n);
+        item.DataTagList = "<" + std::to_string(n) + ">";
+        item.Format = "00.000";
+        item.Overload = 50;
+        item.Underload = -50;
+    }
+    prepareChannels(ws, values);
+    Host host;
+    SilentPrompts prompts;
+    DataLogger logger({ ws, values, engine, host, host, host, clock, prompts }, false, {});
+    logger.start("/dev/null");
+
+    TableContainer window;
+    std::vector<LCDModule *> panels { nullptr };
+    FlashPhase phase;
+    for (int n = 1; n <= 24; ++n) {
+        auto *panel = new LCDModule(&window);
+        panel->setProperty("Index", n);
+        panel->InitFlashLabel(&phase);
+        panel->setForeColor(kBlack);
+        panels.push_back(panel);
+    }
+    window.resize(4 * 220, 6 * 124);
+    window.show();
+    QApplication::processEvents();
+    DisplayRefresh refresh(
+        { ws, values, engine, host, logger, window, panels, [](const std::string &) {} });
+    int tick = 0;
+    for (auto _ : state) {
+        ++tick;
+        for (int n = 1; n <= 24; ++n)
+            values.output(n) = static_cast<float>((tick * 7 + n * 13) % 120) - 60.0f;
+        refresh.ScreenTimer_Timer();
+    }
+    logger.stop();
+}
+BENCHMARK(BM_RefreshTick24)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

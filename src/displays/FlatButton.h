@@ -1,0 +1,62 @@
+#pragma once
+
+#include "OleColor.h"
+
+#include <QWidget>
+
+namespace corvalog {
+
+// A borderless button: its ground turns HoverColor while the pointer is over it (the mouse is
+// captured while inside, so leaving is always seen), with a hand cursor; the caption is centred.
+class FlatButton : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit FlatButton(QWidget *parent = nullptr);
+
+    OleColor BackColor() const { return m_back; }
+    void setBackColor(OleColor colour);
+    OleColor HoverColor() const { return m_hover; }
+    void setHoverColor(OleColor colour);
+    OleColor ForeColor() const { return m_fore; }
+    void setForeColor(OleColor colour);
+    OleColor DisabledColor() const { return m_disabled; }
+    void setDisabledColor(OleColor colour);
+    QString Caption() const { return m_caption; }
+    void setCaption(const QString &caption);
+
+    // Paints the ground in the colour and redraws the caption.
+    void SetColor(OleColor colour);
+    // Clears the surface to the current ground and prints the caption centred (in
+    // DisabledColor when disabled).
+    void DrawCaption();
+
+    bool isHovered() const { return m_inside; }
+    QSize sizeHint() const override;
+
+signals:
+    void clicked();
+
+protected:
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    void leave();
+
+    OleColor m_back = 0x808080;
+    OleColor m_hover = 0xA0A0A0;
+    OleColor m_fore = kBlack;
+    OleColor m_disabled = 0x808080;
+    OleColor m_ground = 0x808080;
+    QString m_caption;
+    bool m_inside = false;
+    bool m_pressed = false;
+};
+
+} // namespace corvalog

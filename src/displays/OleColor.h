@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QColor>
+#include <QGuiApplication>
+#include <QPalette>
+#include <cstdint>
+
+namespace corvalog {
+
+// A colour as workspaces and panels keep it: 0x00BBGGRR, or with the high bit set the index of
+// a system colour, resolved when painted.
+using OleColor = std::uint32_t;
+
+inline constexpr OleColor kPureRed = 0x0000FF;
+inline constexpr OleColor kBlack = 0x000000;
+inline constexpr OleColor kWhite = 0xFFFFFF;
+// The system's 3-D light colour (index 22).
+inline constexpr OleColor kSystem3DLight = 0x80000016;
+
+// The colour to paint; system colours come from the palette (3-D light is its Light role).
+QColor toQColor(OleColor colour, const QPalette &palette = QGuiApplication::palette());
+
+// Positions and sizes are designed in twips, 15 to a logical pixel.
+inline constexpr int kTwipsPerPixel = 15;
+inline constexpr int twipsToPixels(int twips)
+{
+    return twips / kTwipsPerPixel;
+}
+
+// The colour properties shared by the seven-segment element and the controls that frame it.
+class LcdColours
+{
+public:
+    virtual ~LcdColours() = default;
+    virtual void setBackColor(OleColor colour) = 0;
+    virtual void setOnColor(OleColor colour) = 0;
+    virtual void setOffColor(OleColor colour) = 0;
+};
+
+} // namespace corvalog

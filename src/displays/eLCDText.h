@@ -1,0 +1,58 @@
+#pragma once
+
+#include "OleColor.h"
+
+#include <QLabel>
+#include <QWidget>
+
+namespace corvalog {
+
+// A line of text in the look of a segment display: the lit text (LabelFore) lies exactly over
+// its unlit ghost (LabelBack). State shows or hides the lit text; Inverse turns both into
+// opaque blocks with the text in the ground colour.
+class eLCDText : public QWidget, public LcdColours
+{
+    Q_OBJECT
+
+public:
+    explicit eLCDText(QWidget *parent = nullptr);
+
+    OleColor BackColor() const { return m_back; }
+    void setBackColor(OleColor colour) override;
+    OleColor OnColor() const { return m_on; }
+    void setOnColor(OleColor colour) override;
+    OleColor OffColor() const { return m_off; }
+    void setOffColor(OleColor colour) override;
+
+    QString Caption() const;
+    void setCaption(const QString &caption);
+    // The font of both labels (QWidget::setFont on this control does the same).
+    void setCaptionFont(const QFont &font);
+
+    bool State() const { return m_state; }
+    void setState(bool lit);
+    bool Inverse() const { return m_inverse; }
+    void setInverse(bool inverse);
+
+    QLabel *labelBack() const { return m_labelBack; }
+    QLabel *labelFore() const { return m_labelFore; }
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void applyColours();
+    void layOut();
+
+    QLabel *m_labelBack;
+    QLabel *m_labelFore;
+    OleColor m_back = kBlack;
+    OleColor m_on = kWhite;
+    OleColor m_off = 0x404040;
+    bool m_state = true;
+    bool m_inverse = false;
+};
+
+} // namespace corvalog

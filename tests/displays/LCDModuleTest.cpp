@@ -1,0 +1,101 @@
+#include "displays/LCDModule.h"
+
+#include "displays/eLCD.h"
+#include "displays/eLCDContainer.h"
+#include "displays/eLCDText.h"
+
+#include <QImage>
+#include <gtest/gtest.h>
+
+using namespace corvalog;
+
+namespace {
+
+// The colour in the number's ground, away from any digit.
+QColor groundOf(LCDModule &panel)
+{
+    return panel.number()->grab().toImage().pixelColor(2, 2);
+}
+
+TEST(LCDModule, TheBarIsTheLevelInFifthsOfTheBatteryMark)
+{
+    LCDModule panel;
+    const int full = panel.lowBatteryMark()->width();
+    const struct {
+        float lqi;
+        float level;
+    } cases[] = { { 0, 0 }, { 1, 1 }, { 20, 1 }, { 20.5f, 1 }, { 21, 2 }, { 60, 3 }, { 100, 5 },
+        { 120, 6 } };
+    for (const auto &c : cases) {
+        panel.setLQI(c.lqi);
+        EXPECT_EQ(panel.LQI(), c.level) << c.lqi;
+        EXPECT_EQ(panel.lqiBar()->width(), static_cast<int>(full / 5.0 * c.level)) << c.lqi;
+    }
+}
+
+TEST(LCDModule, FlashingFollowsTheSharedPhaseOnlyInFlashMode)
+{
+    FlashPhase phase;
+    LCDModule a, b;
+    for (LCDModule *p : { &a, &b }) {
+        p->InitFlashLabel(&phase);
+        p->setBackColor(0xFFFFFF);
+    }
+    a.setFlashMode(true);
+    phase.setCaption(QStringLiteral("1"));
+    EXPECT_EQ(groundOf(a), QColor(Qt::red));
+    EXPECT_EQ(groundOf(b), QColor(Qt::white)); // not flashing: the phase changes nothing
+    EXPECT_EQ(a.netIndicator()->OffColor(), 0xFFFFFFu); // the marker's ghost does not blink
+    phase.setCaption(QStringLiteral("0"));
+    EXPECT_EQ(groundOf(a), QColor(Qt::white));
+
+    // Switched off in the red phase, a panel stays red until the next BackColor write.
+    phase.setCaption(QStringLiteral("2"));
+    a.setFlashMode(false);
+    EXPECT_EQ(groundOf(a), QColor(Qt::red));
+    a.setBackColor(0xFFFFFF);
+    EXPECT_EQ(groundOf(a), QColor(Qt::white));
+    // While flashing, a BackColor write only changes the colour of the normal phase.
+    a.setFlashMode(true);
+    a.setBackColor(0x00FF00);
+    EXPECT_EQ(groundOf(a), QColor(Qt::white));
+    phase.setCaption(QStringLiteral("0"));
+    EXPECT_EQ(groundOf(a), QColor(Qt::green));
+}
+
+TEST(LCDModule, IndicatorsShowAndHideAsWritten)
+{
+    LCDModule panel;
+    panel.setNetInd(true);
+    EXPECT_TRUE(panel.NetInd());
+    panel.setNetInd(false);
+    EXPECT_FALSE(panel.NetInd());
+    EXPECT_TRUE(panel.netIndicator()->State()); // hidden, but lit when shown again
+    panel.setLoBatt(true);
+    EXPECT_FALSE(panel.lowBatteryMark()->isHidden());
+    panel.setLoBatt(false);
+    EXPECT_TRUE(panel.lowBatteryMark()->isHidden());
+}
+
+TEST(LCDModule, PropertiesLoadWithTheirDefaultsAndSaveAsRead)
+{
+    LCDModule panel;
+    panel.setLQI(100);
+    const int barBefore = panel.lqiBar()->width();
+    panel.ReadProperties({ { QStringLiteral("LQI"), 60 }, { QStringLiteral("NetInd"), true },
+        { QStringLiteral("Title"), QStringLiteral("Load") } });
+    EXPECT_FALSE(panel.propertiesChanged());
+    EXPECT_EQ(panel.lqiBar()->width(), barBefore); // loading keeps the bar as it was
+    EXPECT_TRUE(panel.netIndicator()->State());
+    const QVariantMap saved = panel.WriteProperties();
+    EXPECT_EQ(saved.value(QStringLiteral("LQI")).toFloat(), 60.0f);
+    EXPECT_EQ(saved.value(QStringLiteral("Title")).toString(), QStringLiteral("Load"));
+    EXPECT_EQ(saved.value(QStringLiteral("ForeColor")).toUInt(), 16777215u);
+    EXPECT_EQ(saved.value(QStringLiteral("Value")).toString(), QStringLiteral("12345678"));
+    EXPECT_EQ(saved.value(QStringLiteral("Digits")).toInt(), 8);
+    EXPECT_EQ(saved.value(QStringLiteral("BtnCaption")).toString(), QStringLiteral("Zero"));
+    panel.setTitle(QStringLiteral("x"));
+    EXPECT_TRUE(panel.propertiesChanged());
+}
+
+} // namespace
