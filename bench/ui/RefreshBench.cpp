@@ -1,3 +1,4 @@
+#include "NullWindow.h"
 #include "RecordingPrompts.h"
 #include "displays/DisplayRefresh.h"
 #include "displays/TableContainer.h"
@@ -9,20 +10,6 @@
 using namespace corvalog;
 
 namespace {
-
-class Host final : public ReadValuesHost, public LoggingView, public TickTimer
-{
-public:
-    bool suppressReadingLabel() const override { return true; }
-    void setReadingLabel(const std::string &) override { }
-    void processEvents() override { }
-    std::string panelTitle(int) const override { return {}; }
-    void enableMenu(LogMenu, bool) override { }
-    void setLogLabel(const std::string &) override { }
-    void setLogLabelToolTip(const std::string &) override { }
-    void start(std::int32_t) override { }
-    void stop() override { }
-};
 
 // One refresh tick of 24 panels in a shown window: the property writes and the one repaint.
 // The log timer evaluates (a fast log is running), so the tick is the display's own work.
@@ -44,7 +31,7 @@ void BM_RefreshTick24(benchmark::State &state)
         item.Underload = -50;
     }
     prepareChannels(ws, values);
-    Host host;
+    NullWindow host;
     SilentPrompts prompts;
     DataLogger logger({ ws, values, engine, host, host, host, clock, prompts }, false, {});
     logger.start("/dev/null");

@@ -73,32 +73,14 @@ const std::array<QPainterPath, 8> &cellShapes()
 
 eLCD::eLCD(QWidget *parent)
     : QWidget(parent)
+    , LcdColours(kBlack, kWhite, kBlack)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-void eLCD::setBackColor(OleColor colour)
+void eLCD::coloursChanged()
 {
-    if (colour != m_back) {
-        m_back = colour;
-        update();
-    }
-}
-
-void eLCD::setOnColor(OleColor colour)
-{
-    if (colour != m_on) {
-        m_on = colour;
-        update();
-    }
-}
-
-void eLCD::setOffColor(OleColor colour)
-{
-    if (colour != m_off) {
-        m_off = colour;
-        update();
-    }
+    update();
 }
 
 void eLCD::setCaption(const QString &caption)
@@ -137,7 +119,7 @@ void eLCD::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     const QPalette &pal = palette();
-    painter.fillRect(rect(), toQColor(m_back, pal));
+    painter.fillRect(rect(), toQColor(BackColor(), pal));
 
     const std::vector<LcdCell> cells = lcdCells(m_caption, m_digits);
     if (cells.empty())
@@ -152,10 +134,10 @@ void eLCD::paintEvent(QPaintEvent *)
     painter.translate(-kLeft, -kTop);
 
     const std::array<QPainterPath, 8> &shapes = cellShapes();
-    const QColor on = toQColor(m_on, pal);
-    const QColor off = toQColor(m_off, pal);
+    const QColor on = toQColor(OnColor(), pal);
+    const QColor off = toQColor(OffColor(), pal);
     // Unlit strokes in the ground's own colour would change no pixel: skip them.
-    const bool paintUnlit = off != toQColor(m_back, pal);
+    const bool paintUnlit = off != toQColor(BackColor(), pal);
     for (const LcdCell &cell : cells) {
         for (int i = 0; i < 8; ++i) {
             const bool lit = i < 7 ? ((cell.segments >> i) & 1u) != 0 : cell.point;

@@ -22,12 +22,6 @@ public:
 
     explicit eLCD(QWidget *parent = nullptr);
 
-    OleColor BackColor() const { return m_back; }
-    void setBackColor(OleColor colour) override;
-    OleColor OnColor() const { return m_on; }
-    void setOnColor(OleColor colour) override;
-    OleColor OffColor() const { return m_off; }
-    void setOffColor(OleColor colour) override;
     QString Caption() const { return m_caption; }
     void setCaption(const QString &caption);
     int Digits() const { return m_digits; }
@@ -48,15 +42,13 @@ signals:
     void DblClick();
 
 protected:
+    void coloursChanged() override;
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
-    OleColor m_back = kBlack;
-    OleColor m_on = kWhite;
-    OleColor m_off = kBlack;
     QString m_caption = QStringLiteral("12345678");
     int m_digits = 8;
     bool m_pressed = false;

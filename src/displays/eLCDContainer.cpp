@@ -30,23 +30,13 @@ const std::array<SchemeColours, 5> &schemeTable()
 
 eLCDContainer::eLCDContainer(QWidget *parent)
     : QWidget(parent)
+    , LcdColours(0xA0B696, 0x000000, 0x91AB85)
 {
 }
 
-void eLCDContainer::setBackColor(OleColor colour)
+void eLCDContainer::coloursChanged()
 {
-    m_back = colour;
     update();
-}
-
-void eLCDContainer::setOnColor(OleColor colour)
-{
-    m_on = colour;
-}
-
-void eLCDContainer::setOffColor(OleColor colour)
-{
-    m_off = colour;
 }
 
 void eLCDContainer::setScheme(int scheme)
@@ -66,9 +56,9 @@ void eLCDContainer::ColorChildren()
 {
     for (QObject *child : children()) {
         if (auto *element = dynamic_cast<LcdColours *>(child)) {
-            element->setBackColor(m_back);
-            element->setOnColor(m_on);
-            element->setOffColor(m_off);
+            element->setBackColor(BackColor());
+            element->setOnColor(OnColor());
+            element->setOffColor(OffColor());
         }
     }
 }
@@ -82,7 +72,7 @@ void eLCDContainer::setCornerDiameter(int pixels)
 void eLCDContainer::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    const QColor ground = toQColor(m_back, palette());
+    const QColor ground = toQColor(BackColor(), palette());
     if (m_corner == 0) {
         painter.fillRect(rect(), ground);
         return;

@@ -16,13 +16,6 @@ class eLCDContainer : public QWidget, public LcdColours
 public:
     explicit eLCDContainer(QWidget *parent = nullptr);
 
-    OleColor BackColor() const { return m_back; }
-    void setBackColor(OleColor colour) override;
-    OleColor OnColor() const { return m_on; }
-    void setOnColor(OleColor colour) override;
-    OleColor OffColor() const { return m_off; }
-    void setOffColor(OleColor colour) override;
-
     // 0 to 4 sets BackColor, OffColor and OnColor from the scheme table, in that order; other
     // values change nothing.
     int Scheme() const { return m_scheme; }
@@ -36,12 +29,10 @@ public:
     void setCornerDiameter(int pixels);
 
 protected:
+    void coloursChanged() override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    OleColor m_back = 0xA0B696;
-    OleColor m_on = 0x000000;
-    OleColor m_off = 0x91AB85;
     int m_scheme = 0;
     int m_corner = 0;
 };

@@ -29,6 +29,7 @@ void paintLabel(QLabel *label, const QColor &text, const QColor &ground, bool op
 
 eLCDText::eLCDText(QWidget *parent)
     : QWidget(parent)
+    , LcdColours(kBlack, kWhite, 0x404040)
     , m_labelBack(makeLabel(this))
     , m_labelFore(makeLabel(this)) // created second, so it lies over the ghost
 {
@@ -37,23 +38,10 @@ eLCDText::eLCDText(QWidget *parent)
     layOut();
 }
 
-void eLCDText::setBackColor(OleColor colour)
+void eLCDText::coloursChanged()
 {
-    m_back = colour;
     applyColours();
     update();
-}
-
-void eLCDText::setOnColor(OleColor colour)
-{
-    m_on = colour;
-    applyColours();
-}
-
-void eLCDText::setOffColor(OleColor colour)
-{
-    m_off = colour;
-    applyColours();
 }
 
 QString eLCDText::Caption() const
@@ -114,15 +102,15 @@ void eLCDText::resizeEvent(QResizeEvent *event)
 void eLCDText::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), toQColor(m_back, palette()));
+    painter.fillRect(rect(), toQColor(BackColor(), palette()));
 }
 
 void eLCDText::applyColours()
 {
     const QPalette &own = palette();
-    const QColor back = toQColor(m_back, own);
-    const QColor on = toQColor(m_on, own);
-    const QColor off = toQColor(m_off, own);
+    const QColor back = toQColor(BackColor(), own);
+    const QColor on = toQColor(OnColor(), own);
+    const QColor off = toQColor(OffColor(), own);
     if (m_inverse) {
         paintLabel(m_labelBack, back, off, true);
         paintLabel(m_labelFore, back, on, true);

@@ -17,13 +17,6 @@ class eLCDText : public QWidget, public LcdColours
 public:
     explicit eLCDText(QWidget *parent = nullptr);
 
-    OleColor BackColor() const { return m_back; }
-    void setBackColor(OleColor colour) override;
-    OleColor OnColor() const { return m_on; }
-    void setOnColor(OleColor colour) override;
-    OleColor OffColor() const { return m_off; }
-    void setOffColor(OleColor colour) override;
-
     QString Caption() const;
     void setCaption(const QString &caption);
     // The font of both labels (QWidget::setFont on this control does the same).
@@ -38,6 +31,7 @@ public:
     QLabel *labelFore() const { return m_labelFore; }
 
 protected:
+    void coloursChanged() override;
     void changeEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
@@ -48,9 +42,6 @@ private:
 
     QLabel *m_labelBack;
     QLabel *m_labelFore;
-    OleColor m_back = kBlack;
-    OleColor m_on = kWhite;
-    OleColor m_off = 0x404040;
     bool m_state = true;
     bool m_inverse = false;
 };

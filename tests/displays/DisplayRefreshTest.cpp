@@ -1,5 +1,6 @@
 #include "displays/DisplayRefresh.h"
 
+#include "NullWindow.h"
 #include "RecordingPrompts.h"
 #include "displays/eLCD.h"
 #include "values/ScriptClass.h"
@@ -11,20 +12,6 @@ using namespace corvalog;
 
 namespace {
 
-class Host final : public ReadValuesHost, public LoggingView, public TickTimer
-{
-public:
-    bool suppressReadingLabel() const override { return true; }
-    void setReadingLabel(const std::string &) override { }
-    void processEvents() override { }
-    std::string panelTitle(int n) const override { return "Ch" + std::to_string(n); }
-    void enableMenu(LogMenu, bool) override { }
-    void setLogLabel(const std::string &) override { }
-    void setLogLabelToolTip(const std::string &) override { }
-    void start(std::int32_t) override { }
-    void stop() override { }
-};
-
 class DisplayRefreshTest : public ::testing::Test
 {
 public:
@@ -34,7 +21,7 @@ public:
     ScriptEngine engine { tables };
     WorkspaceClass ws;
     ChannelValues values;
-    Host host;
+    NullWindow host;
     RecordingPrompts prompts;
     DataLogger logger { { ws, values, engine, host, host, host, clock, prompts }, false, {} };
     QWidget window;
