@@ -17,9 +17,14 @@ configure: deps
 build: configure
 	cmake --build --preset dev -j $(JOBS)
 
+# The built program keeps its settings beside itself (a Config.INI there is the settings file),
+# and starts on the demo workspace the first time.
 run: build
-	@if [ -x $(DEV)/app/corvalog ]; then $(DEV)/app/corvalog $(ARGS); \
-	else echo "the desktop application is not built yet; try $(DEV)/cli/corvalog-cli --help"; fi
+	@test -f $(DEV)/app/Config.INI || $(DEV)/cli/corvalog-cli ini set $(DEV)/app/Config.INI \
+		WorkspaceFiles InitDir "$(CURDIR)/examples"
+	@$(DEV)/cli/corvalog-cli ini get $(DEV)/app/Config.INI WorkspaceFiles InitFile "" | grep -q . \
+		|| $(DEV)/cli/corvalog-cli ini set $(DEV)/app/Config.INI WorkspaceFiles InitFile demo.lws
+	$(DEV)/app/corvalog $(ARGS)
 
 test: build
 	ctest --preset dev -j $(JOBS)

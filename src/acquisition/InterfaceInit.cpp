@@ -41,7 +41,10 @@ void InterfaceInit(DriverHost &host, const WorkspaceClass &workspace, UserPrompt
     using Clock = std::chrono::steady_clock;
 
     // 1, 2. Close the old interface, let events run once, and wait out one second from before them.
-    if (host.driver()) {
+    // The waits give an old driver time to let go of its port; with none there is nothing to
+    // wait for, so the first activation shows the panels at once.
+    const bool hadDriver = host.driver() != nullptr;
+    if (hadDriver) {
         try {
             host.driver()->CloseInterface();
         } catch (const VbError &) {
@@ -51,13 +54,15 @@ void InterfaceInit(DriverHost &host, const WorkspaceClass &workspace, UserPrompt
     hooks.processEvents();
     const auto spent
         = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - closed).count();
-    wait(static_cast<std::int32_t>(spent >= 1000 ? 0 : 1000 - spent));
+    if (hadDriver)
+        wait(static_cast<std::int32_t>(spent >= 1000 ? 0 : 1000 - spent));
 
     // 3, 4. Release the old object. Packets arriving meanwhile wait until the new one is attached.
     host.pump().hold();
     host.release();
     hooks.processEvents();
-    wait(500);
+    if (hadDriver)
+        wait(500);
 
     // 5. A new driver object.
     try {

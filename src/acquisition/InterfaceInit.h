@@ -18,7 +18,8 @@ struct InterfaceInitHooks {
 
 // Re-creates the driver object and brings the base station up with the workspace's settings:
 // close the old interface, wait 1 s (events run once first), release the old object (events
-// run once, with its packets held back), wait 0.5 s, create a new object, open USB or the
+// run once, with its packets held back), wait 0.5 s (both waits only when there was an old
+// object to let go of), create a new object, open USB or the
 // serial port, detect the base station at BSAddress and set RFChannel. Every failure shows its
 // "Warning" message (critical icon) and the program carries on.
 void InterfaceInit(DriverHost &host, const WorkspaceClass &workspace, UserPrompts &prompts,

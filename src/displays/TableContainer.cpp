@@ -22,7 +22,7 @@ bool isPlaced(const QWidget *widget)
 TableContainer::TableContainer(QWidget *parent)
     : QWidget(parent)
 {
-    setMinimumHeight(contentSize().height());
+    setMinimumHeight(0);
 }
 
 QSize TableContainer::contentSize() const
@@ -84,8 +84,8 @@ void TableContainer::layOut()
     }
     m_extent = QSize(widest == 0 ? kEmptyWidthTwips : widest, rowBottom + kBottomMarginTwips);
 
-    // The margin below the last row is part of what a scroll area around us can reach.
-    setMinimumHeight(contentSize().height());
+    // A scroll area around us reaches every panel; the margin below them is the window's to use.
+    setMinimumHeight(twipsToPixels(rowBottom));
     if (refocus && refocus->isVisible()) {
         refocus->setFocus(Qt::OtherFocusReason);
     }

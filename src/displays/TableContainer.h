@@ -26,8 +26,8 @@ public:
     // The laid-out extent in twips: the widest row (kEmptyWidthTwips when none) by the bottom
     // of the last row plus kBottomMarginTwips.
     QSize scaleExtentTwips() const { return m_extent; }
-    // The same in pixels, which the container asks as its minimum height, so a scroll area
-    // around it scrolls to every panel.
+    // The same in pixels. The container asks for the bottom of its last row as its minimum
+    // height, so a scroll area around it scrolls to every panel.
     QSize contentSize() const;
 
 signals:

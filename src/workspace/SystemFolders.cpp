@@ -4,6 +4,7 @@
 #include "runtime/Ascii.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QStandardPaths>
 #include <cerrno>
 #include <climits>
@@ -38,9 +39,14 @@ std::string executableFolder()
     return slash == 0 ? std::string("/") : exe.substr(0, slash);
 }
 
+// The folder the desktop designates. A fresh account may not have it yet; the program only
+// ever creates its own folder inside, so the designated one is made here, as a desktop would.
 std::string standardFolder(QStandardPaths::StandardLocation location)
 {
-    return QStandardPaths::writableLocation(location).toStdString();
+    const QString folder = QStandardPaths::writableLocation(location);
+    if (!folder.isEmpty())
+        QDir().mkpath(folder);
+    return folder.toStdString();
 }
 
 } // namespace

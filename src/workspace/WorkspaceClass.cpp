@@ -3,6 +3,8 @@
 #include "WorkspaceModule.h"
 #include "runtime/VbError.h"
 
+#include <tuple>
+
 namespace corvalog {
 
 WorkspaceClass::WorkspaceClass()
@@ -21,6 +23,33 @@ ItemClass &WorkspaceClass::item(int n)
 const ItemClass &WorkspaceClass::item(int n) const
 {
     return const_cast<WorkspaceClass *>(this)->item(n);
+}
+
+namespace {
+
+auto savedItem(const ItemClass &i)
+{
+    return std::tie(i.DataTag, i.DataTagList, i.Caption, i.Format, i.TareValue, i.Timeout,
+        i.Default, i.Underload, i.Overload, i.Functionality);
+}
+
+auto savedGeneral(const WorkspaceClass &w)
+{
+    return std::tie(w.Version, w.Title, w.Notes, w.Interface, w.Port, w.Baudrate, w.Channels,
+        w.LogInterval, w.RFChannel, w.BSAddress, w.KeepAwake);
+}
+
+} // namespace
+
+bool workspacesDiffer(const WorkspaceClass &a, const WorkspaceClass &b)
+{
+    if (savedGeneral(a) != savedGeneral(b) || a.Items.size() != b.Items.size())
+        return true;
+    for (std::size_t i = 0; i < a.Items.size(); ++i) {
+        if (savedItem(a.Items[i]) != savedItem(b.Items[i]))
+            return true;
+    }
+    return false;
 }
 
 } // namespace corvalog

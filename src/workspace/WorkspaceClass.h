@@ -35,4 +35,8 @@ struct WorkspaceClass {
     const ItemClass &item(int n) const;
 };
 
+// True when two workspaces would be saved differently: a general setting or a channel's saved
+// property differs (the scripts made at activation do not count).
+bool workspacesDiffer(const WorkspaceClass &a, const WorkspaceClass &b);
+
 } // namespace corvalog

@@ -1,0 +1,11 @@
+#pragma once
+
+class QApplication;
+
+namespace corvalog {
+
+// The program's look: the Fusion style with a palette whose 3-D light, the ground of the
+// channel displays, is a soft grey rather than white; and the program's icon.
+void applyAppStyle(QApplication &app);
+
+} // namespace corvalog

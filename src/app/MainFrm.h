@@ -1,0 +1,192 @@
+#pragma once
+
+#include "HelpWindow.h"
+#include "StatusFrm.h"
+#include "acquisition/DriverHost.h"
+#include "acquisition/InterfaceInit.h"
+#include "acquisition/PacketDecoder.h"
+#include "displays/DisplayRefresh.h"
+#include "displays/FlashPhase.h"
+#include "logging/IntervalTimer.h"
+#include "runtime/Clock.h"
+#include "values/ScriptClass.h"
+#include "workspace/Settings.h"
+#include "workspace/SystemFolders.h"
+
+#include <QLockFile>
+#include <QMainWindow>
+#include <QSettings>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+class QAction;
+class QLabel;
+class QMenu;
+class QScrollArea;
+
+namespace corvalog {
+
+class LCDModule;
+class TableContainer;
+
+// What the main window is given by the program (and by tests).
+struct MainFrmOptions {
+    SystemFolders folders = SystemFolders::current();
+    // Makes the driver object; raises VbError when it cannot.
+    ProviderFactory factory;
+    // The command line after the program name, as typed.
+    std::string commandLine;
+    UserPrompts *prompts = nullptr;
+    // The per-user store of the window size.
+    std::function<std::unique_ptr<QSettings>()> userSettings
+        = [] { return corvalog::userSettings(); };
+    const Clock *clock = nullptr; // the system clock when null
+    // The waits of activation and closing; tests make them instant.
+    std::function<void(std::int32_t)> busyWait = Delay;
+    // Waits letting events run meanwhile (the last second of unloading).
+    std::function<void(std::int32_t)> eventWait;
+    // Where the rows of a log file deleted while logging are saved ("" = the log folder).
+    std::string rescueFolder;
+};
+
+// The main window: the channel panels in a grid that flows with the window's width, the
+// logging line, the menus, and the four timers (screen refresh, blink phase, log rows,
+// keep-awake). It brings the program up (Form_Load), activates workspaces (SetupDisplays) and
+// takes the program down (closing asks about an unsaved workspace, releases the driver and
+// stores the window size).
+class MainFrm final : public QMainWindow, private ReadValuesHost, private LoggingView
+{
+    Q_OBJECT
+
+public:
+    // The address the logo opens.
+    static constexpr const char *kWebAddress = "https://corvalog.example.com";
+
+    explicit MainFrm(MainFrmOptions options);
+    ~MainFrm() override;
+
+    // The start-up sequence. False when no driver object can be made: the user has been told
+    // and the program must end at once, saving nothing.
+    bool Form_Load();
+    // Turns the current workspace into panels, re-opens the base station, fits the window
+    // around the grid and prepares every channel's scripts.
+    void SetupDisplays();
+    // Stores the window size, unless minimised.
+    void SaveForm();
+
+    // The menu commands.
+    void mnuopen_Click();
+    void mnuSave_Click();
+    void mnuEditWorkspace_Click();
+    void mnuExit_Click();
+    void mnuStartStopLog_Click();
+    void mnuIntervalConfig_Click();
+    void mnuViewLog_Click();
+    void mnuWake_Click();
+    void mnuSleep_Click();
+    void mnuPauseResume_Click(bool pause);
+    void mnuAbout_Click();
+    void ImageLogo_Click();
+    void mnuHelp_Click();
+
+    // What tests and the walk-through look at.
+    WorkspaceClass &workspace() { return m_workspace; }
+    ChannelValues &values() { return m_values; }
+    ScriptClass &tables() { return *m_tables; }
+    DataLogger &logger() { return *m_logger; }
+    StatusWindow &status() { return m_status; }
+    HelpWindow &help() { return m_help; }
+    DriverHost &driverHost() { return m_host; }
+    const SettingsPaths &paths() const { return m_paths; }
+    const std::vector<LCDModule *> &Disp() const { return m_disp; }
+    TableContainer *grid() const { return m_grid; }
+    QLabel *LogLabel() const { return m_logLabel; }
+    QLabel *Vers() const { return m_vers; }
+    QLabel *ImageLogo() const { return m_logo; }
+    QAction *action(const char *name) const;
+    QMenu *mnuCalibration() const { return m_calibration; }
+    bool FixedInstall() const { return m_fixedInstall; }
+    bool CommaDecimal() const { return m_commaDecimal; }
+    bool workspaceChanged() const { return m_workspaceChanged; }
+    bool activationBusy() const { return m_busy; }
+    bool closing() const { return m_closing; }
+    bool screenTimerActive() const { return m_screenTimer.isActive(); }
+    bool stayAwakeTimerActive() const { return m_stayAwakeTimer.isActive(); }
+    // One screen tick now, as the timer would run it.
+    void ScreenTimer_Timer();
+
+signals:
+    // The workspace editor is open (the walk-through drives it from here).
+    void editorOpened(QDialog *editor);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    // ReadValuesHost
+    bool suppressReadingLabel() const override { return true; }
+    void setReadingLabel(const std::string &text) override;
+    void processEvents() override;
+    std::string panelTitle(int n) const override;
+    // LoggingView
+    void enableMenu(LogMenu menu, bool enabled) override;
+    void setLogLabel(const std::string &caption) override;
+    void setLogLabelToolTip(const std::string &text) override;
+
+    void buildMenus();
+    void buildWindow();
+    bool Form_QueryUnload();
+    void Form_Unload();
+    void activate();
+    void fitWindowToGrid();
+    void panelZero(int n);
+    void panelClick(int n);
+    // Asks about unsaved changes before they would be lost; false to stay.
+    bool keepOrSaveChanges();
+
+    MainFrmOptions m_options;
+    UserPrompts &m_prompts;
+    std::unique_ptr<Clock> m_ownClock;
+    const Clock &m_clock;
+    SettingsPaths m_paths;
+    std::unique_ptr<QLockFile> m_instanceMarker;
+
+    std::unique_ptr<ScriptClass> m_tables;
+    ScriptEngine m_engine;
+    PacketHandler m_handler;
+    PacketPump m_pump;
+    DriverHost m_host;
+    WorkspaceClass m_workspace;
+    ChannelValues m_values;
+
+    IntervalTimer m_logTimer;
+    std::unique_ptr<DataLogger> m_logger; // made once the log folder is known
+    FlashPhase m_flasher;
+    std::vector<LCDModule *> m_disp; // [0] is the template, never shown
+    std::unique_ptr<DisplayRefresh> m_refresh;
+    StatusWindow m_status;
+    HelpWindow m_help;
+
+    QTimer m_screenTimer;
+    QTimer m_flashTimer;
+    QTimer m_stayAwakeTimer;
+
+    QScrollArea *m_scroll = nullptr;
+    TableContainer *m_grid = nullptr;
+    QLabel *m_logLabel = nullptr;
+    QLabel *m_vers = nullptr;
+    QLabel *m_logo = nullptr;
+    QObject *m_formEvents = nullptr;
+    QMenu *m_calibration = nullptr;
+
+    bool m_fixedInstall = false;
+    bool m_commaDecimal = false;
+    bool m_workspaceChanged = false;
+    bool m_busy = false;
+    bool m_closing = false;
+    bool m_unloaded = false;
+};
+
+} // namespace corvalog

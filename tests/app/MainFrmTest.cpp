@@ -1,0 +1,424 @@
+#include "AppFixture.h"
+#include "app/FormAbout.h"
+#include "app/HelpTopics.h"
+#include "displays/LCDModule.h"
+#include "displays/TableContainer.h"
+#include "workspace/Settings.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPainter>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+#include <QTextBrowser>
+
+namespace corvalog {
+
+namespace {
+
+using MainFrmStartUp = AppFixture;
+
+TEST_F(MainFrmStartUp, TheLastWorkspaceComesUpLiveInANormalInstallation)
+{
+    const std::string file = path("bench.lws");
+    writeFile(file, workspaceText(3, "Rig A"));
+    rememberWorkspace(file);
+    ASSERT_TRUE(start());
+
+    EXPECT_FALSE(window->FixedInstall());
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Rig A - Corvalog"));
+    EXPECT_TRUE(window->action("mnuopen")->isVisible());
+    EXPECT_EQ(window->Disp().size(), 4u);
+    EXPECT_TRUE(window->screenTimerActive());
+    EXPECT_EQ(window->Vers()->text(),
+        QStringLiteral("v%1.%2.%3")
+            .arg(CORVALOG_VERSION_MAJOR)
+            .arg(CORVALOG_VERSION_MINOR)
+            .arg(CORVALOG_VERSION_PATCH));
+    EXPECT_EQ(window->ImageLogo()->toolTip(), QStringLiteral("Go to https://corvalog.example.com"));
+    // The driver check made one object and let it go; activation made the one that is kept.
+    EXPECT_EQ(std::vector<std::string>(calls.begin(), calls.begin() + 3),
+        std::vector<std::string>({ "create", "create", "OpenInterface(0,0)" }));
+    // Nothing needed time to let go of a port.
+    EXPECT_TRUE(busyWaits.empty());
+    EXPECT_TRUE(prompts.messages.empty());
+
+    packet(1, "12.5");
+    window->ScreenTimer_Timer();
+    EXPECT_EQ(window->Disp()[1]->Value(), QStringLiteral("12.50"));
+}
+
+TEST_F(MainFrmStartUp, AFixedWorkspaceBesideTheProgramCannotBeExchanged)
+{
+    writeFile(programFolder() + "/Corvalog.lws", workspaceText(2, "Line 4"));
+    const std::string other = path("other.lws");
+    writeFile(other, workspaceText(5, "Other"));
+    rememberWorkspace(other);
+    ASSERT_TRUE(start());
+
+    EXPECT_TRUE(window->FixedInstall());
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Line 4"));
+    EXPECT_EQ(window->workspace().Channels, 2);
+    for (const char *hidden : { "mnuopen", "mnuSave" })
+        EXPECT_FALSE(window->action(hidden)->isVisible()) << hidden;
+    EXPECT_FALSE(window->findChild<QAction *>(QStringLiteral("mnublank"))->isVisible());
+    EXPECT_TRUE(window->action("mnuEditWorkspace")->isVisible());
+}
+
+TEST_F(MainFrmStartUp, WithoutAWorkspaceFileTheDefaultsAreShown)
+{
+    ASSERT_TRUE(start());
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Title Text - Corvalog"));
+    EXPECT_EQ(window->Disp().size(), 5u);
+    EXPECT_TRUE(prompts.messages.empty());
+}
+
+TEST_F(MainFrmStartUp, TheCalibrationMenuNeedsTheWordWorkbayAlone)
+{
+    const struct {
+        const char *commandLine;
+        bool shown;
+    } cases[] = { { "workbay", true }, { "WorkBay", true }, { "WORKBAY", true },
+        { "workbay now", false }, { " workbay", false }, { "", false }, { "work bay", false } };
+    for (const auto &c : cases) {
+        commandLine = c.commandLine;
+        ASSERT_TRUE(start());
+        EXPECT_EQ(window->mnuCalibration()->menuAction()->isVisible(), c.shown)
+            << '"' << c.commandLine << '"';
+        window.reset();
+    }
+}
+
+QColor logoColour(MainFrm &window)
+{
+    const QImage image = window.ImageLogo()->pixmap().toImage();
+    return image.isNull() ? QColor() : image.pixelColor(image.width() / 2, image.height() / 2);
+}
+
+void writeJpeg(const std::string &file, Qt::GlobalColor colour)
+{
+    QImage image(40, 20, QImage::Format_RGB32);
+    image.fill(colour);
+    ASSERT_TRUE(image.save(QString::fromStdString(file), "JPG"));
+}
+
+// A 4 by 4 blue GIF (Qt reads GIF but does not write it).
+void writeBlueGif(const std::string &file)
+{
+    const unsigned char gif[] = { 0x47, 0x49, 0x46, 0x38, 0x39, 0x61, 0x04, 0x00, 0x04, 0x00, 0xf0,
+        0x00, 0x00, 0x00, 0x00, 0xff, 0x00, 0x00, 0x00, 0x21, 0xf9, 0x04, 0x00, 0x00, 0x00, 0x00,
+        0x00, 0x2c, 0x00, 0x00, 0x00, 0x00, 0x04, 0x00, 0x04, 0x00, 0x00, 0x02, 0x04, 0x84, 0x8f,
+        0x09, 0x05, 0x00, 0x3b };
+    std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char *>(gif), sizeof gif);
+}
+
+TEST_F(MainFrmStartUp, AJpegLogoWinsOverAGifAndBadPicturesAreIgnored)
+{
+    writeBlueGif(programFolder() + "/Corvalog.gif");
+    ASSERT_TRUE(start());
+    EXPECT_EQ(logoColour(*window), QColor(Qt::blue));
+
+    writeJpeg(programFolder() + "/Corvalog.jpg", Qt::white);
+    ASSERT_TRUE(start());
+    EXPECT_EQ(logoColour(*window).lightness(), 255);
+
+    writeFile(programFolder() + "/Corvalog.jpg", "not a picture");
+    ASSERT_TRUE(start());
+    EXPECT_EQ(logoColour(*window), QColor(Qt::blue));
+    EXPECT_TRUE(prompts.messages.empty());
+}
+
+TEST_F(MainFrmStartUp, NoDriverEndsTheProgramWithItsMessage)
+{
+    factoryFails = true;
+    EXPECT_FALSE(start());
+    ASSERT_EQ(prompts.messages.size(), 1u);
+    EXPECT_EQ(prompts.messages[0].title, "Corvalog");
+    EXPECT_EQ(prompts.messages[0].text,
+        "ZentaDataProviderCOM.DLL possibly not registered!\r\nError: Corvalog UDP receiver "
+        "(udp:9): Address already in use [Code: 429]");
+    EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Critical);
+    EXPECT_FALSE(window->screenTimerActive());
+    EXPECT_EQ(window->Disp().size(), 1u); // nothing was activated
+}
+
+using MainFrmActivation = AppFixture;
+
+TEST_F(MainFrmActivation, PanelsFollowTheWorkspace)
+{
+    const std::string file = path("w.lws");
+    writeFile(file, workspaceText(24));
+    rememberWorkspace(file);
+    ASSERT_TRUE(start());
+    EXPECT_EQ(window->Disp().size(), 25u);
+
+    const struct {
+        int channels;
+        const char *functions; // per channel: 0 none, 1 peak, 2 trough
+        bool startLog;
+    } cases[] = { { 3, "120", true }, { 0, "", false }, { 2, "21", true } };
+    for (const auto &c : cases) {
+        std::string extra;
+        for (int n = 1; c.functions[n - 1]; ++n)
+            extra += "Function" + std::to_string(n) + "=" + c.functions[n - 1] + "\n";
+        writeFile(file, workspaceText(c.channels, "W", extra));
+        prompts.files.push_back(file);
+        window->mnuopen_Click();
+
+        ASSERT_EQ(window->Disp().size(), static_cast<std::size_t>(c.channels + 1));
+        const auto panels = window->grid()->findChildren<LCDModule *>();
+        EXPECT_EQ(std::count_if(panels.begin(), panels.end(),
+                      [](LCDModule *p) { return p->isVisibleTo(p->parentWidget()); }),
+            c.channels);
+        for (int n = 1; n <= c.channels; ++n) {
+            const char f = c.functions[n - 1];
+            EXPECT_EQ(window->Disp()[n]->BtnCaption(),
+                f == '0' ? QStringLiteral("Zero") : QStringLiteral("Reset"));
+            EXPECT_EQ(window->Disp()[n]->Value(), QStringLiteral("0.00"));
+            if (f != '0') {
+                EXPECT_EQ(window->values().working(n),
+                    f == '1' ? ChannelValues::kPeakSeed : ChannelValues::kTroughSeed);
+            }
+        }
+        EXPECT_EQ(window->action("mnuStartLog")->isEnabled(), c.startLog);
+        EXPECT_FALSE(window->action("mnuStopLog")->isEnabled());
+        if (c.channels > 0) {
+            EXPECT_EQ(window->workspace().item(1).DataTagExpression, "T(1)");
+        }
+    }
+    // Every later activation closed the driver first and waited for it to let go.
+    EXPECT_EQ(busyWaits, std::vector<std::int32_t>({ 1000, 500, 1000, 500, 1000, 500 }));
+}
+
+TEST_F(MainFrmActivation, TheWindowIsFittedAroundTheGridAtTheStoredWidth)
+{
+    const std::string file = path("w.lws");
+    writeFile(file, workspaceText(10));
+    rememberWorkspace(file);
+    const struct {
+        int storedWidth;
+        int perRow;
+    } cases[] = { { 16000, 4 }, { 10000, 3 }, { 3000, 1 } };
+    for (const auto &c : cases) {
+        QSettings(settingsStore(), QSettings::IniFormat).setValue("Size/Width", c.storedWidth);
+        ASSERT_TRUE(start());
+        window->show();
+        QCoreApplication::processEvents();
+        const QSize extent = window->grid()->scaleExtentTwips();
+        EXPECT_EQ(extent.width(), c.perRow * LCDModule::kWidthTwips) << c.storedWidth;
+        // Offscreen windows have no frame: the border is 0 and the caption is the menu bar.
+        EXPECT_EQ(window->width(), twipsToPixels(extent.width()));
+        const int menu = window->menuBar()->sizeHint().height();
+        EXPECT_EQ(window->height(), twipsToPixels(extent.height() + menu * 15 - 300));
+        // Every panel can be seen without scrolling.
+        auto *scroll = window->findChild<QScrollArea *>();
+        EXPECT_FALSE(scroll->verticalScrollBar()->isVisible()) << c.storedWidth;
+        window.reset();
+    }
+}
+
+using MainFrmClosing = AppFixture;
+
+TEST_F(MainFrmClosing, AnUnsavedWorkspaceIsAskedAbout)
+{
+    const struct {
+        const char *name;
+        std::vector<PromptAnswer> answers;
+        std::string saveTo; // "" cancels the save dialog
+        bool closes;
+    } cases[] = {
+        { "cancel", { PromptAnswer::Cancel }, "", false },
+        { "yes, then cancel the dialog", { PromptAnswer::Yes }, "", false },
+        { "yes, and save", { PromptAnswer::Yes }, "saved.lws", true },
+        { "no", { PromptAnswer::No }, "", true },
+    };
+    for (const auto &c : cases) {
+        ASSERT_TRUE(start());
+        window->show();
+        // The editor marks the workspace changed.
+        const QString title = QString::fromLatin1(c.name);
+        QObject::connect(window.get(), &MainFrm::editorOpened, [title](QDialog *editor) {
+            QTimer::singleShot(0, editor, [editor, title] {
+                editor->findChild<QLineEdit *>(QStringLiteral("tbTitle"))->setText(title);
+                editor->close();
+            });
+        });
+        window->mnuEditWorkspace_Click();
+        ASSERT_TRUE(window->workspaceChanged()) << c.name;
+        prompts.messages.clear();
+        prompts.answers.assign(c.answers.begin(), c.answers.end());
+        if (!c.saveTo.empty())
+            prompts.files.push_back(path(c.saveTo));
+        calls.clear();
+
+        EXPECT_EQ(window->close(), c.closes) << c.name;
+        ASSERT_EQ(prompts.messages.size(), 1u) << c.name;
+        EXPECT_EQ(prompts.messages[0].title, "Unsaved Workspace");
+        EXPECT_EQ(prompts.messages[0].text,
+            "You have made changes to the workspace but have not saved those changes!\r\n"
+            "Would you like to save the workspace now?");
+        EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Question);
+        EXPECT_EQ(prompts.messages[0].buttons, PromptButtons::YesNoCancel);
+        EXPECT_EQ(window->closing(), c.closes) << c.name;
+        EXPECT_EQ(window->workspaceChanged(), !c.closes || c.answers[0] == PromptAnswer::No)
+            << c.name;
+        EXPECT_EQ(!calls.empty() && calls[0] == "CloseInterface()", c.closes) << c.name;
+        if (!c.saveTo.empty()) {
+            EXPECT_TRUE(QFileInfo::exists(QString::fromStdString(path(c.saveTo))));
+        }
+        window.reset();
+    }
+}
+
+TEST_F(MainFrmClosing, ClosingDuringActivationDoesNothing)
+{
+    ASSERT_TRUE(start());
+    window->show();
+    bool closed = true;
+    duringWait = [&] {
+        if (window->activationBusy())
+            closed = window->close();
+    };
+    window->SetupDisplays();
+    duringWait = nullptr;
+    EXPECT_FALSE(closed);
+    EXPECT_FALSE(window->closing());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(prompts.messages.empty());
+}
+
+TEST_F(MainFrmClosing, TheWindowSizeIsStoredUnlessMinimised)
+{
+    ASSERT_TRUE(start());
+    window->show();
+    window->resize(700, 300);
+    const QSize outer = window->frameGeometry().size();
+    ASSERT_TRUE(window->close());
+    const WindowSize stored
+        = readWindowSize(*std::make_unique<QSettings>(settingsStore(), QSettings::IniFormat));
+    EXPECT_EQ(stored.width, outer.width() * 15);
+    EXPECT_EQ(stored.height, outer.height() * 15);
+    // The driver was closed, given its second and released.
+    EXPECT_EQ(busyWaits.back(), 1000);
+    EXPECT_EQ(window->driverHost().driver(), nullptr);
+
+    ASSERT_TRUE(start());
+    window->show();
+    window->resize(500, 200);
+    window->showMinimized();
+    window->SaveForm();
+    const WindowSize kept
+        = readWindowSize(*std::make_unique<QSettings>(settingsStore(), QSettings::IniFormat));
+    EXPECT_EQ(kept.width, outer.width() * 15);
+}
+
+TEST(FormAbout, TheVersionLineHasOneDecimalPerDriverVersion)
+{
+    const struct {
+        std::optional<float> com, dll;
+        const char *expected;
+    } cases[] = {
+        { 1.5f, 2.5f, "App: 0.1.0 | Drv COM: 1.5 | Drv DLL: 2.5" },
+        { 1.0f, 12.04f, "App: 0.1.0 | Drv COM: 1.0 | Drv DLL: 12.0" },
+        { 0.96f, 3.0f, "App: 0.1.0 | Drv COM: 1.0 | Drv DLL: 3.0" },
+        { std::nullopt, std::nullopt, "App: 0.1.0 | Drv COM: none | Drv DLL: none" },
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(versionLine(0, 1, 0, c.com, c.dll), c.expected);
+}
+
+TEST(FormAbout, AnyClickOrKeyClosesIt)
+{
+    for (int how = 0; how < 3; ++how) {
+        FormAbout about(QStringLiteral("App: 0.1.0"));
+        about.show();
+        if (how == 0)
+            QTest::mouseClick(about.versionLabel(), Qt::LeftButton);
+        else if (how == 1)
+            QTest::mouseClick(&about, Qt::LeftButton, {}, QPoint(2, 2));
+        else
+            QTest::keyClick(&about, Qt::Key_X);
+        EXPECT_EQ(about.result(), QDialog::Accepted) << how;
+        EXPECT_FALSE(about.isVisible()) << how;
+    }
+}
+
+using StatusWindowTest = AppFixture;
+
+TEST_F(StatusWindowTest, CancellableMessagesAndTheClosedFlag)
+{
+    QWidget owner;
+    StatusWindow status(&owner);
+    status.ShowMessage("Line one\r\nLine two\r\n", "Status Report Channel 2");
+    StatusFrm *form = status.form();
+    ASSERT_NE(form, nullptr);
+    EXPECT_EQ(form->windowTitle(), QStringLiteral("Status Report Channel 2"));
+    EXPECT_EQ(form->label()->text(), QStringLiteral("Line one\nLine two"));
+    EXPECT_EQ(form->button()->text(), QStringLiteral("Close"));
+    // The button sits 160 twips below the label's height; the window holds both plus 500.
+    EXPECT_EQ(form->button()->y(), 8 + form->label()->height() + 11);
+    EXPECT_EQ(form->height(), 8 + form->label()->height() + form->button()->height() + 33);
+    EXPECT_FALSE(status.StatusClosed());
+
+    status.ShowMessage("!Channel 3 ID:FF12 pausing. Attempt 0", "Module Commands");
+    EXPECT_EQ(form->label()->text(), QStringLiteral("Channel 3 ID:FF12 pausing. Attempt 0"));
+    EXPECT_EQ(form->button()->text(), QStringLiteral("Cancel"));
+
+    QTest::mouseClick(form->button(), Qt::LeftButton);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(status.StatusClosed());
+    EXPECT_EQ(status.form(), nullptr);
+
+    // A new load starts uncancelled, with the designed caption.
+    status.ShowMessage("Again", "T");
+    EXPECT_FALSE(status.StatusClosed());
+    EXPECT_EQ(status.form()->button()->text(), QStringLiteral("Close"));
+    status.unload();
+    EXPECT_FALSE(status.StatusClosed());
+}
+
+TEST(HelpTopics, F1OpensTheManualAtTheFocusedControlsTopic)
+{
+    QTemporaryDir dir;
+    const QString manual = dir.filePath(QStringLiteral("manual.html"));
+    {
+        std::ofstream out(manual.toStdString());
+        out << "<html><body><h1 id=\"contents\">Contents</h1>";
+        for (int i = 0; i < 200; ++i)
+            out << "<p>filler</p>";
+        out << "<h2 id=\"panels\">Panels</h2>";
+        for (int i = 0; i < 200; ++i)
+            out << "<p>filler</p>";
+        out << "</body></html>";
+    }
+    EXPECT_EQ(manualPath(dir.path()), QFileInfo(manual).canonicalFilePath());
+
+    QWidget window;
+    window.setProperty(kHelpTopicProperty, QStringLiteral("main-window"));
+    auto *panel = new QWidget(&window);
+    panel->setProperty(kHelpTopicProperty, QStringLiteral("panels"));
+    auto *field = new QLineEdit(panel);
+    auto *outside = new QLineEdit(&window);
+    EXPECT_EQ(helpTopicOf(field), QStringLiteral("panels"));
+    EXPECT_EQ(helpTopicOf(outside), QStringLiteral("main-window"));
+    EXPECT_EQ(helpTopicOf(nullptr), QStringLiteral("contents"));
+
+    HelpWindow help(manual, &window);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    field->setFocus();
+    sendHelpKey();
+    ASSERT_NE(help.browser(), nullptr);
+    EXPECT_EQ(help.browser()->source().fragment(), QStringLiteral("panels"));
+    EXPECT_GT(help.browser()->verticalScrollBar()->value(), 0);
+}
+
+} // namespace
+
+} // namespace corvalog
