@@ -1,6 +1,7 @@
 # The two set-up commands are `make run` and `make test`; each installs what is missing first.
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
+MEMORY_MINUTES ?= 2
 DEV := build/dev
 CORVALOG_WERROR ?= OFF
 
@@ -39,6 +40,8 @@ bench-gate: build
 	bench/live/check $(DEV)/cli/corvalog-cli
 	scripts/check-bench $(DEV)/bench/corvalog_ui_bench bench/ui/gates.txt
 	bench/ui/idle-check $(DEV)/src/corvalog-gallery 20
+	bench/app/startup-check $(DEV)/app/corvalog examples
+	bench/app/memory-check $(DEV)/app/corvalog bench/live/live-1ms.lws $(MEMORY_MINUTES)
 
 asan: deps
 	@cmake --preset asan >/dev/null

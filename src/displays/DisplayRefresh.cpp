@@ -1,5 +1,6 @@
 #include "DisplayRefresh.h"
 
+#include "logging/LogFormat.h"
 #include "runtime/Convert.h"
 #include "runtime/Format.h"
 
@@ -25,6 +26,26 @@ T indicator(ScriptEngine &engine, const std::string &script, Convert convert)
 }
 
 } // namespace
+
+QString displayText(const std::string &formatted, bool commaDecimal)
+{
+    QString text = QString::fromStdString(formatted);
+    if (!commaDecimal)
+        return text;
+    for (QChar &c : text) {
+        if (c == QLatin1Char(','))
+            c = QLatin1Char('.');
+        else if (c == QLatin1Char('.'))
+            c = QLatin1Char(',');
+    }
+    return text;
+}
+
+DisplayRefresh::DisplayRefresh(Context context)
+    : m_ctx(std::move(context))
+    , m_commaDecimal(logUsesSemicolons())
+{
+}
 
 void DisplayRefresh::ScreenTimer_Timer()
 {
@@ -62,7 +83,7 @@ void DisplayRefresh::showChannel(int n, LCDModule &panel)
     } else {
         const float v = m_ctx.values.output(n);
         panel.setFlashMode(v > item.Overload || v < item.Underload);
-        panel.setValue(QString::fromStdString(Format(Variant::single(v), item.Format)));
+        panel.setValue(displayText(Format(Variant::single(v), item.Format), m_commaDecimal));
         panel.setBackColor(kSystem3DLight);
         panel.setLQI(indicator<float>(
             m_ctx.engine, item.DataTagLQIScript, [](const Variant &x) { return CSng(x); }));

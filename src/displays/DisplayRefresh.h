@@ -32,10 +32,7 @@ public:
         std::function<void(const std::string &)> setLogLine;
     };
 
-    explicit DisplayRefresh(Context context)
-        : m_ctx(std::move(context))
-    {
-    }
+    explicit DisplayRefresh(Context context);
 
     // Set while the window closes: ticks still evaluate but show nothing more.
     void setClosing(bool closing) { m_closing = closing; }
@@ -47,7 +44,13 @@ private:
     void showChannel(int n, LCDModule &panel);
 
     Context m_ctx;
+    const bool m_commaDecimal;
     bool m_closing = false;
 };
+
+// A formatted value as the seven-segment display shows it. The display's only decimal mark is
+// its point, so where the locale writes decimal commas the comma and the point change places
+// ("1.234,50" shows as "1,234.50"): a comma would be a blank cell and turn 12,5 into 12 5.
+QString displayText(const std::string &formatted, bool commaDecimal);
 
 } // namespace corvalog

