@@ -223,6 +223,45 @@ TEST_F(MainFrmActivation, TheWindowIsFittedAroundTheGridAtTheStoredWidth)
     }
 }
 
+using MainFrmCalibration = AppFixture;
+
+TEST_F(MainFrmCalibration, PauseAndResumeReachTheModuleOfAChannel)
+{
+    const std::string file = path("w.lws");
+    std::string text = workspaceText(2);
+    text.replace(text.find("<0002>"), 6, "3*2");
+    writeFile(file, text);
+    rememberWorkspace(file);
+    commandLine = "workbay";
+    ASSERT_TRUE(start());
+    const struct {
+        bool pause;
+        std::optional<std::string> answer;
+        std::string message; // a message box, or "" for none
+        std::string status; // the status window's last line, or "" for none
+    } cases[] = {
+        { true, "1", "", "Channel 1: the module is paused." },
+        { false, "1", "", "Channel 1: the module is running again." },
+        { true, "7", "Pause Module: There is no channel 7.", "" },
+        { false, "2", "Resume Module: Channel 2 does not refer to a module.", "" },
+        { true, std::nullopt, "", "" },
+    };
+    for (const auto &c : cases) {
+        prompts.messages.clear();
+        prompts.inputs.push_back(c.answer);
+        window->status().unload();
+        driver->acknowledgeOnAttempt = driver->sendCommandCalls; // answers at once
+        window->mnuPauseResume_Click(c.pause);
+        EXPECT_EQ(messageTexts(),
+            c.message.empty() ? std::vector<std::string>()
+                              : std::vector<std::string>({ c.message }));
+        StatusFrm *status = window->status().form();
+        EXPECT_EQ(status ? status->label()->text().toStdString() : "", c.status);
+    }
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "SendCommand(1,1,57,0)"), 1);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "SendCommand(1,1,59,0)"), 1);
+}
+
 using MainFrmClosing = AppFixture;
 
 TEST_F(MainFrmClosing, AnUnsavedWorkspaceIsAskedAbout)
