@@ -22,13 +22,13 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QScrollArea>
 #include <QVBoxLayout>
-#include <chrono>
 
 namespace corvalog {
 
@@ -111,10 +111,11 @@ MainFrm::MainFrm(MainFrmOptions options)
     , m_help(QString(), this)
 {
     if (!m_options.eventWait) {
+        // Events run as they come, without spinning the processor meanwhile.
         m_options.eventWait = [](std::int32_t ms) {
-            const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-            while (std::chrono::steady_clock::now() < end)
-                QApplication::processEvents(QEventLoop::AllEvents, 10);
+            QEventLoop loop;
+            QTimer::singleShot(ms, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+            loop.exec();
         };
     }
     setObjectName(QStringLiteral("MainFrm"));
