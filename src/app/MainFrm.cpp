@@ -48,32 +48,6 @@ constexpr int kRevision = CORVALOG_VERSION_PATCH;
 // bottom margin less the height the window gives up when it is fitted around the grid.
 constexpr int kStripTwips = TableContainer::kBottomMarginTwips - 300;
 
-// Re-lays the panel grid whenever the window's size changes, and keeps the window from
-// shrinking below one panel.
-class FormEvents final : public QObject
-{
-public:
-    FormEvents(QMainWindow *window, TableContainer *grid)
-        : QObject(window)
-        , m_window(window)
-        , m_grid(grid)
-    {
-        window->installEventFilter(this);
-    }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (watched == m_window && event->type() == QEvent::Resize && !m_window->isMinimized())
-            m_grid->Refresh();
-        return false;
-    }
-
-private:
-    QMainWindow *m_window;
-    TableContainer *m_grid;
-};
-
 // The first Data Tag a channel expression refers to ("<FF12>"), or -1.
 std::int32_t firstDataTag(const std::string &expression)
 {
@@ -327,9 +301,9 @@ bool MainFrm::Form_Load()
         return false;
     }
 
-    // 12-15. Activate, watch the window's size, let events run, start the refresh.
+    // 12-15. Activate, let events run, start the refresh. No hook on the window is needed: its
+    // layout resizes the grid with it, and the grid re-lays its panels on every resize.
     SetupDisplays();
-    m_formEvents = new FormEvents(this, m_grid);
     QApplication::processEvents();
     m_screenTimer.start();
 
@@ -504,8 +478,6 @@ void MainFrm::Form_Unload()
 {
     m_status.unload();
     m_flashTimer.stop();
-    delete m_formEvents;
-    m_formEvents = nullptr;
     SaveForm();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     m_options.eventWait(1000);

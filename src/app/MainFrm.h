@@ -178,7 +178,6 @@ private:
     QLabel *m_logLabel = nullptr;
     QLabel *m_vers = nullptr;
     QLabel *m_logo = nullptr;
-    QObject *m_formEvents = nullptr;
     QMenu *m_calibration = nullptr;
 
     bool m_fixedInstall = false;

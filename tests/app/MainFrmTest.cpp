@@ -138,12 +138,11 @@ TEST_F(MainFrmStartUp, NoDriverEndsTheProgramWithItsMessage)
 {
     factoryFails = true;
     EXPECT_FALSE(start());
-    ASSERT_EQ(prompts.messages.size(), 1u);
-    EXPECT_EQ(prompts.messages[0].title, "Corvalog");
-    EXPECT_EQ(prompts.messages[0].text,
-        "ZentaDataProviderCOM.DLL possibly not registered!\r\nError: Corvalog UDP receiver "
-        "(udp:9): Address already in use [Code: 429]");
-    EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Critical);
+    EXPECT_EQ(prompts.messages,
+        std::vector<RecordingPrompts::Message>({ { "Corvalog",
+            "ZentaDataProviderCOM.DLL possibly not registered!\r\nError: Corvalog UDP receiver "
+            "(udp:9): Address already in use [Code: 429]",
+            PromptIcon::Critical, PromptButtons::Ok } }));
     EXPECT_FALSE(window->screenTimerActive());
     EXPECT_EQ(window->Disp().size(), 1u); // nothing was activated
 }
@@ -219,6 +218,10 @@ TEST_F(MainFrmActivation, TheWindowIsFittedAroundTheGridAtTheStoredWidth)
         // Every panel can be seen without scrolling.
         auto *scroll = window->findChild<QScrollArea *>();
         EXPECT_FALSE(scroll->verticalScrollBar()->isVisible()) << c.storedWidth;
+        // A narrower window flows the panels into fewer columns.
+        window->resize(twipsToPixels(LCDModule::kWidthTwips) + 10, window->height());
+        QCoreApplication::processEvents();
+        EXPECT_EQ(window->grid()->scaleExtentTwips().width(), LCDModule::kWidthTwips);
         window.reset();
     }
 }
@@ -297,13 +300,12 @@ TEST_F(MainFrmClosing, AnUnsavedWorkspaceIsAskedAbout)
         calls.clear();
 
         EXPECT_EQ(window->close(), c.closes) << c.name;
-        ASSERT_EQ(prompts.messages.size(), 1u) << c.name;
-        EXPECT_EQ(prompts.messages[0].title, "Unsaved Workspace");
-        EXPECT_EQ(prompts.messages[0].text,
-            "You have made changes to the workspace but have not saved those changes!\r\n"
-            "Would you like to save the workspace now?");
-        EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Question);
-        EXPECT_EQ(prompts.messages[0].buttons, PromptButtons::YesNoCancel);
+        EXPECT_EQ(prompts.messages,
+            std::vector<RecordingPrompts::Message>({ { "Unsaved Workspace",
+                "You have made changes to the workspace but have not saved those changes!\r\n"
+                "Would you like to save the workspace now?",
+                PromptIcon::Question, PromptButtons::YesNoCancel } }))
+            << c.name;
         EXPECT_EQ(window->closing(), c.closes) << c.name;
         EXPECT_EQ(window->workspaceChanged(), !c.closes || c.answers[0] == PromptAnswer::No)
             << c.name;

@@ -94,13 +94,11 @@ TEST_F(WorkSpaceFrmTest, FewerChannelsAreAskedForAndOnlyYesDropsThem)
     choose(4);
     prompts.answers = { PromptAnswer::No, PromptAnswer::Yes };
     chooseChannelCount(2);
-    ASSERT_EQ(prompts.messages.size(), 1u);
-    EXPECT_EQ(prompts.messages[0].title, "Change Channels");
-    EXPECT_EQ(prompts.messages[0].text,
-        "If you reduce the number of channels then the settings for the unused channels will be "
-        "lost!\r\nAre you sure you want to continue?");
-    EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Question);
-    EXPECT_EQ(prompts.messages[0].buttons, PromptButtons::YesNo);
+    EXPECT_EQ(prompts.messages,
+        std::vector<RecordingPrompts::Message>({ { "Change Channels",
+            "If you reduce the number of channels then the settings for the unused channels will "
+            "be lost!\r\nAre you sure you want to continue?",
+            PromptIcon::Question, PromptButtons::YesNo } }));
     EXPECT_EQ(workspace.Channels, 4);
     EXPECT_EQ(workspace.item(4).Caption, "Fourth");
     EXPECT_EQ(child<QComboBox>("cbChannels")->currentIndex(), 3);

@@ -3,6 +3,7 @@
 #include "runtime/UserPrompts.h"
 
 #include <deque>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,17 @@ public:
         std::string text;
         PromptIcon icon;
         PromptButtons buttons;
+
+        bool operator==(const Message &o) const
+        {
+            return title == o.title && text == o.text && icon == o.icon && buttons == o.buttons;
+        }
+        // For test failure output.
+        friend std::ostream &operator<<(std::ostream &out, const Message &m)
+        {
+            return out << '{' << m.title << ": " << m.text << " icon " << static_cast<int>(m.icon)
+                       << " buttons " << static_cast<int>(m.buttons) << '}';
+        }
     };
 
     PromptAnswer message(const std::string &title, const std::string &text, PromptIcon icon,
