@@ -2,8 +2,8 @@
 #include "SourceOptions.h"
 #include "StderrPrompts.h"
 #include "logging/HeadlessLogger.h"
-#include "logging/LogFormat.h"
 #include "runtime/DateTime.h"
+#include "runtime/NumberLocale.h"
 #include "workspace/WorkspaceModule.h"
 
 #include <QDateTime>
@@ -71,7 +71,7 @@ int runLog(CliArgs &args, std::ostream &)
     WorkspaceClass workspace;
     if (!LoadWorkspace(workspace, *workspaceFile, prompts))
         return 1;
-    options.semicolons = logUsesSemicolons();
+    options.semicolons = numberLocale().commaDecimal();
     options.rescueFolder = "."; // the tool's user works in the current folder
 
     const std::unique_ptr<QCoreApplication> application = makeCoreApplication();

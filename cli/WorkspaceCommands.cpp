@@ -4,6 +4,7 @@
 #include "runtime/Clock.h"
 #include "runtime/NumberText.h"
 #include "runtime/VbError.h"
+#include "values/ExpressionCheck.h"
 #include "values/ScriptClass.h"
 #include "values/ScriptEngine.h"
 #include "values/TagReplace.h"
@@ -56,14 +57,6 @@ void writeJson(const WorkspaceClass &ws, std::ostream &out)
     json.endObject();
 }
 
-// Errors that only say something about the values at hand (none have arrived yet here), not
-// about the expression: an overflow, a division by zero, an invalid argument.
-bool dependsOnValues(int error)
-{
-    return error == vberr::Overflow || error == vberr::DivisionByZero
-        || error == vberr::InvalidProcedureCall;
-}
-
 } // namespace
 
 int runIni(CliArgs &args, std::ostream &out)
@@ -112,8 +105,8 @@ int runCheck(CliArgs &args, std::ostream &out)
     ScriptEngine engine(*tables);
     bool allValid = true;
     for (int n = 1; n <= static_cast<int>(ws.Items.size()); ++n) {
-        const EvalResult r = engine.Eval(rewriteReferences(ws.item(n).DataTagList));
-        if (r.ok() || dependsOnValues(r.error)) {
+        const ExpressionCheck r = checkExpression(engine, ws.item(n).DataTagList);
+        if (r.valid) {
             out << n << " ok\n";
         } else {
             out << n << " error " << r.error << ": " << r.description << "\n";

@@ -1,6 +1,7 @@
 #include "RecordingFormat.h"
 
 #include "runtime/Ascii.h"
+#include "runtime/CsvField.h"
 #include "runtime/NumberLocale.h"
 
 #include <algorithm>
@@ -282,17 +283,7 @@ void appendValue(std::string &out, const std::string &value)
         converted[converted.find(decimal)] = '.';
         text = converted;
     }
-    if (text.find_first_of(",\"") == std::string_view::npos) {
-        out += text;
-        return;
-    }
-    out += '"';
-    for (const char c : text) {
-        out += c;
-        if (c == '"')
-            out += '"';
-    }
-    out += '"';
+    appendCsvField(out, text, ',');
 }
 
 } // namespace

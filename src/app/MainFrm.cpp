@@ -6,7 +6,6 @@
 #include "acquisition/ModuleCommands.h"
 #include "displays/LCDModule.h"
 #include "displays/TableContainer.h"
-#include "logging/LogFormat.h"
 #include "logging/LogMenuActions.h"
 #include "runtime/Format.h"
 #include "runtime/Val.h"
@@ -47,6 +46,14 @@ constexpr int kRevision = CORVALOG_VERSION_PATCH;
 // The strip below the grid holding the logging line, the version and the logo: the grid's
 // bottom margin less the height the window gives up when it is fitted around the grid.
 constexpr int kStripTwips = TableContainer::kBottomMarginTwips - 300;
+
+// The probe of the start-up: 0 formatted "0.0" has a comma as its second character where the
+// locale writes decimal commas.
+bool formatWritesDecimalComma()
+{
+    const std::string zero = Format(Variant::integer(0), "0.0");
+    return zero.size() > 1 && zero[1] == ',';
+}
 
 // The first Data Tag a channel expression refers to ("<FF12>"), or -1.
 std::int32_t firstDataTag(const std::string &expression)
@@ -240,8 +247,9 @@ bool MainFrm::Form_Load()
     m_vers->setText(QStringLiteral("v%1.%2.%3").arg(kMajor).arg(kMinor).arg(kRevision));
     setWindowIcon(QApplication::windowIcon());
 
-    // 4. Decimal commas in this locale?
-    m_commaDecimal = logUsesSemicolons();
+    // 4. The user's separators, then: decimal commas in this locale?
+    setNumberLocale(m_options.locale);
+    m_commaDecimal = formatWritesDecimalComma();
 
     // 5. Settings folder and file, log folder.
     m_paths = setUpPaths(m_options.folders, m_prompts);
@@ -249,11 +257,13 @@ bool MainFrm::Form_Load()
                                                 *this, *this, m_logTimer, m_clock, m_prompts },
         m_commaDecimal,
         m_options.rescueFolder.empty() ? m_paths.logFolder : m_options.rescueFolder);
-    m_refresh = std::make_unique<DisplayRefresh>(DisplayRefresh::Context { m_workspace, m_values,
-        m_engine, *this, *m_logger, *this, m_disp, [this](const std::string &line) {
-            setLogLabel(line);
-            setLogLabelToolTip(line);
-        } });
+    m_refresh = std::make_unique<DisplayRefresh>(
+        DisplayRefresh::Context { m_workspace, m_values, m_engine, *this, *m_logger, *this, m_disp,
+            [this](const std::string &line) {
+                setLogLabel(line);
+                setLogLabelToolTip(line);
+            },
+            m_commaDecimal });
     m_help.setManual(manualPath(q(m_paths.programFolder)));
 
     // 6. The logo: a .jpg replaces a .gif. Unreadable pictures are ignored.
@@ -337,7 +347,7 @@ void MainFrm::SetupDisplays()
         panel->InitFlashLabel(&m_flasher);
         panel->setVisible(true);
         panel->setTitle(q(item.Caption));
-        panel->setValue(q(Format(Variant::integer(0), item.Format)));
+        panel->setValue(displayText(Format(Variant::integer(0), item.Format), m_commaDecimal));
         panel->setBtnCaption(item.Functionality == 1 || item.Functionality == 2
                 ? QStringLiteral("Reset")
                 : QStringLiteral("Zero"));

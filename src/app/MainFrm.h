@@ -9,6 +9,7 @@
 #include "displays/FlashPhase.h"
 #include "logging/IntervalTimer.h"
 #include "runtime/Clock.h"
+#include "runtime/NumberLocale.h"
 #include "values/ScriptClass.h"
 #include "workspace/Settings.h"
 #include "workspace/SystemFolders.h"
@@ -48,6 +49,9 @@ struct MainFrmOptions {
     std::function<void(std::int32_t)> eventWait;
     // Where the rows of a log file deleted while logging are saved ("" = the log folder).
     std::string rescueFolder;
+    // The separators numbers and dates are written with; the program passes the user's own
+    // (systemNumberLocale()), and start-up makes them the process's.
+    NumberLocale locale;
 };
 
 // The main window: the channel panels in a grid that flows with the window's width, the
@@ -107,7 +111,6 @@ public:
     QAction *action(const char *name) const;
     QMenu *mnuCalibration() const { return m_calibration; }
     bool FixedInstall() const { return m_fixedInstall; }
-    bool CommaDecimal() const { return m_commaDecimal; }
     bool workspaceChanged() const { return m_workspaceChanged; }
     bool activationBusy() const { return m_busy; }
     bool closing() const { return m_closing; }

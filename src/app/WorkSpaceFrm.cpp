@@ -4,11 +4,11 @@
 #include "runtime/Convert.h"
 #include "runtime/NumberText.h"
 #include "runtime/UserPrompts.h"
-#include "runtime/Val.h"
 #include "runtime/VbError.h"
+#include "values/ExpressionCheck.h"
 #include "values/ScriptEngine.h"
-#include "values/TagReplace.h"
 #include "values/ValidateModule.h"
+#include "workspace/INIFileModule.h"
 #include "workspace/WorkspaceClass.h"
 
 #include <QApplication>
@@ -195,48 +195,21 @@ QString tip(const char *text)
     return QString::fromUtf8(text);
 }
 
-// Number boxes read as the script's Val reads, with the locale's decimal comma taken as a
-// point. A number the property cannot hold (Val or the narrowing overflows) gives nothing, and
-// the property keeps what it had.
-std::optional<double> boxNumber(const QString &text, bool commaDecimal)
+// Shows whether a number box holds a number: its text turns red and its tooltip says that the
+// setting keeps its value, until the box reads as a number again.
+void showNumberState(QLineEdit &box, bool isNumber)
 {
-    QString plain = text;
-    if (commaDecimal)
-        plain.replace(QLatin1Char(','), QLatin1Char('.'));
-    try {
-        return Val(plain.toStdString());
-    } catch (const VbError &) {
-        return std::nullopt;
-    }
-}
-
-template <typename Narrow>
-auto narrowed(const QString &text, bool commaDecimal, Narrow narrow)
-    -> std::optional<decltype(narrow(0.0))>
-{
-    const std::optional<double> value = boxNumber(text, commaDecimal);
-    if (!value)
-        return std::nullopt;
-    try {
-        return narrow(*value);
-    } catch (const VbError &) {
-        return std::nullopt;
-    }
-}
-
-std::optional<float> singleOf(const QString &text, bool commaDecimal)
-{
-    return narrowed(text, commaDecimal, [](double v) { return toSingle(v); });
-}
-
-std::optional<std::int16_t> integerOf(const QString &text, bool commaDecimal)
-{
-    return narrowed(text, commaDecimal, [](double v) { return toInteger(v); });
-}
-
-std::optional<std::int32_t> longOf(const QString &text, bool commaDecimal)
-{
-    return narrowed(text, commaDecimal, [](double v) { return toLong(v); });
+    if (!box.property("plainToolTip").isValid())
+        box.setProperty("plainToolTip", box.toolTip());
+    const QString plain = box.property("plainToolTip").toString();
+    QPalette palette = box.palette();
+    palette.setColor(
+        QPalette::Text, isNumber ? QApplication::palette(&box).color(QPalette::Text) : kErrorText);
+    box.setPalette(palette);
+    box.setProperty("notANumber", !isNumber);
+    box.setToolTip(isNumber
+            ? plain
+            : QStringLiteral("This is not a number: the setting keeps its value.\n\n") + plain);
 }
 
 // Chooses the entry holding `value`, adding it in order when the list does not offer it, so a
@@ -385,6 +358,10 @@ void WorkSpaceFrm::buildControls()
         "Combine values with operators, i.e. <FE12>+<FE23>*255\n"
         "Click the Help button to see the Expressions section of the help");
     m_tbTag->setProperty(kHelpTopicProperty, "expressions");
+    // A workspace file gives back at most this much of a value; more would be cut on the next
+    // load, changing the expression's meaning.
+    for (QLineEdit *box : { m_tbTitle, m_tbCaption, m_tbTag })
+        box->setMaxLength(static_cast<int>(kIniValueLength));
     m_normalExpression = m_tbTag->palette();
     m_tick = new QLabel(m_channelBoxes);
     named(m_tick, "Tick", "The expression is valid");
@@ -522,25 +499,43 @@ void WorkSpaceFrm::connectControls()
         [](ItemClass &item, const QString &text) { item.Caption = text.toStdString(); });
     edit(
         m_tbFormat, [](ItemClass &item, const QString &text) { item.Format = text.toStdString(); });
-    edit(m_tbTareValue, [comma](ItemClass &item, const QString &text) {
-        item.TareValue = singleOf(text, comma).value_or(item.TareValue);
-    });
-    edit(m_tbTimeout, [comma](ItemClass &item, const QString &text) {
-        item.Timeout = integerOf(text, comma).value_or(item.Timeout);
-    });
-    edit(m_tbDefault, [comma](ItemClass &item, const QString &text) {
-        // An empty box means no default: a channel in error keeps its last value.
-        if (text.trimmed().isEmpty()) {
-            item.Default.reset();
-        } else if (const auto value = singleOf(text, comma)) {
-            item.Default = value;
+    // A number box that does not read as a number leaves the setting as it was, and says so.
+    auto number = [this](QLineEdit *box, auto read, auto apply) {
+        connect(box, &QLineEdit::textChanged, this, [this, box, read, apply](const QString &text) {
+            ItemClass *item = m_loading ? nullptr : currentItem();
+            if (item == nullptr)
+                return;
+            const auto value = read(text.toStdString());
+            showNumberState(*box, value.has_value());
+            if (value) {
+                apply(*item, *value);
+                refreshRow(m_current);
+            }
+        });
+    };
+    const auto single = [comma](const std::string &text) { return numberBoxSingle(text, comma); };
+    number(m_tbTareValue, single, [](ItemClass &item, float v) { item.TareValue = v; });
+    number(
+        m_tbTimeout, [comma](const std::string &text) { return numberBoxInteger(text, comma); },
+        [](ItemClass &item, std::int16_t v) { item.Timeout = v; });
+    // An empty Default box means no default: a channel in error keeps its last value.
+    connect(m_tbDefault, &QLineEdit::textChanged, this, [this, comma](const QString &text) {
+        ItemClass *item = m_loading ? nullptr : currentItem();
+        if (item == nullptr)
+            return;
+        const bool empty = text.trimmed().isEmpty();
+        const std::optional<float> value = numberBoxSingle(text.toStdString(), comma);
+        showNumberState(*m_tbDefault, empty || value.has_value());
+        if (empty || value) {
+            item->Default = value;
+            refreshRow(m_current);
         }
     });
-    edit(m_tbUnderload, [comma](ItemClass &item, const QString &text) {
-        item.Underload = singleOf(text, comma).value_or(item.Underload);
-    });
-    edit(m_tbOverload, [comma](ItemClass &item, const QString &text) {
-        item.Overload = singleOf(text, comma).value_or(item.Overload);
+    number(m_tbUnderload, single, [](ItemClass &item, float v) { item.Underload = v; });
+    number(m_tbOverload, single, [](ItemClass &item, float v) { item.Overload = v; });
+    connect(m_tbLogInterval, &QLineEdit::textChanged, this, [this](const QString &text) {
+        showNumberState(
+            *m_tbLogInterval, numberBoxLong(text.toStdString(), m_commaDecimal).has_value());
     });
     connect(m_tbTag, &QLineEdit::textChanged, this, [this](const QString &text) {
         ItemClass *item = m_loading ? nullptr : currentItem();
@@ -611,7 +606,7 @@ void WorkSpaceFrm::FormToWorkspace()
         m_workspace.Port = static_cast<std::int16_t>(m_cbPort->currentData().toInt());
     if (m_cbBaudrate->currentIndex() >= 0)
         m_workspace.Baudrate = m_cbBaudrate->currentData().toInt();
-    if (const auto interval = longOf(m_tbLogInterval->text(), m_commaDecimal))
+    if (const auto interval = numberBoxLong(m_tbLogInterval->text().toStdString(), m_commaDecimal))
         m_workspace.LogInterval = *interval;
     if (m_cbRFChannel->currentIndex() >= 0)
         m_workspace.RFChannel = static_cast<std::int16_t>(m_cbRFChannel->currentData().toInt());
@@ -706,6 +701,8 @@ void WorkSpaceFrm::itemToBoxes()
         m_ddFunction->setCurrentIndex(-1);
     }
     m_loading = false;
+    for (QLineEdit *box : { m_tbTareValue, m_tbTimeout, m_tbDefault, m_tbUnderload, m_tbOverload })
+        showNumberState(*box, true);
     m_channelBoxes->setEnabled(item != nullptr);
     checkExpression();
 }
@@ -744,14 +741,14 @@ void WorkSpaceFrm::checkExpression()
         m_tbTag->setPalette(m_normalExpression);
         return;
     }
-    const EvalResult result = m_engine.Eval(rewriteReferences(m_tbTag->text().toStdString()));
-    // An overflow depends on the values of the moment, not on the expression.
-    const bool invalid = result.error > 0 && result.error != vberr::Overflow;
+    const ExpressionCheck check
+        = corvalog::checkExpression(m_engine, m_tbTag->text().toStdString());
+    const bool invalid = !check.valid;
     m_tick->setVisible(!invalid);
     m_cross->setVisible(invalid);
     if (invalid) {
         m_cross->setToolTip(
-            QStringLiteral("Error in expression: ") + QString::fromStdString(result.description));
+            QStringLiteral("Error in expression: ") + QString::fromStdString(check.description));
         QPalette palette = m_normalExpression;
         palette.setColor(QPalette::Text, kErrorText);
         m_tbTag->setPalette(palette);

@@ -6,6 +6,7 @@
 #include "MainFrm.h"
 #include "ProviderChoice.h"
 #include "QtPrompts.h"
+#include "runtime/SystemLocale.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -46,6 +47,7 @@ int main(int argc, char **argv)
     options.factory = providerFactoryFor(source.isEmpty() ? "sim" : source.toStdString());
     options.commandLine = words.join(QLatin1Char(' ')).toStdString();
     options.prompts = &prompts;
+    options.locale = systemNumberLocale();
     MainFrm window(std::move(options));
     prompts.setOwner(&window);
     if (!window.Form_Load())

@@ -1,6 +1,5 @@
 #include "DisplayRefresh.h"
 
-#include "logging/LogFormat.h"
 #include "runtime/Convert.h"
 #include "runtime/Format.h"
 
@@ -43,7 +42,7 @@ QString displayText(const std::string &formatted, bool commaDecimal)
 
 DisplayRefresh::DisplayRefresh(Context context)
     : m_ctx(std::move(context))
-    , m_commaDecimal(logUsesSemicolons())
+    , m_commaDecimal(m_ctx.commaDecimal)
 {
 }
 

@@ -30,6 +30,8 @@ public:
         const std::vector<LCDModule *> &panels;
         // The logging line: caption and tooltip.
         std::function<void(const std::string &)> setLogLine;
+        // Numbers are written with decimal commas (the start-up probe).
+        bool commaDecimal = false;
     };
 
     explicit DisplayRefresh(Context context);

@@ -1,7 +1,9 @@
 #include "LogFormat.h"
 
+#include "runtime/CsvField.h"
 #include "runtime/DateTime.h"
 #include "runtime/Format.h"
+#include "runtime/NumberLocale.h"
 #include "runtime/NumberText.h"
 
 #include <algorithm>
@@ -20,42 +22,43 @@ void appendTwoDigits(std::string &out, int n)
 // patterns, without reading them for every row.
 void appendDateAndTime(std::string &row, double date, char separator)
 {
+    const NumberLocale &locale = numberLocale();
     const CivilDateTime dt = civilFromDate(date);
-    if (dt.year < 1000) {
-        row += Format(Variant::date(date), "DD/MM/YYYY");
-    } else {
-        appendTwoDigits(row, dt.day);
-        row += '/';
-        appendTwoDigits(row, dt.month);
-        row += '/';
-        appendTwoDigits(row, dt.year / 100);
-        appendTwoDigits(row, dt.year % 100);
+    if (dt.year < 1000 || locale.dateSeparator == separator || locale.timeSeparator == separator
+        || locale.dateSeparator == '"' || locale.timeSeparator == '"') {
+        appendCsvField(row, Format(Variant::date(date), "DD/MM/YYYY"), separator);
+        row += separator;
+        appendCsvField(row, Format(Variant::date(date), "HH:MM:SS"), separator);
+        row += separator;
+        return;
     }
+    appendTwoDigits(row, dt.day);
+    row += locale.dateSeparator;
+    appendTwoDigits(row, dt.month);
+    row += locale.dateSeparator;
+    appendTwoDigits(row, dt.year / 100);
+    appendTwoDigits(row, dt.year % 100);
     row += separator;
     appendTwoDigits(row, dt.hour);
-    row += ':';
+    row += locale.timeSeparator;
     appendTwoDigits(row, dt.minute);
-    row += ':';
+    row += locale.timeSeparator;
     appendTwoDigits(row, dt.second);
     row += separator;
 }
 
 } // namespace
 
-bool logUsesSemicolons()
-{
-    const std::string zero = Format(Variant::integer(0), "0.0");
-    return zero.size() > 1 && zero[1] == ',';
-}
-
 std::string logHeader(const std::vector<std::string> &captions, bool semicolons)
 {
-    std::string header = "Date,Time,Elapsed mS,";
-    for (const std::string &caption : captions)
-        header += caption + ",";
-    header.pop_back();
+    const char separator = semicolons ? ';' : ',';
+    std::string header = "Date,Time,Elapsed mS";
     if (semicolons)
         std::replace(header.begin(), header.end(), ',', ';');
+    for (const std::string &caption : captions) {
+        header += separator;
+        appendCsvField(header, caption, separator);
+    }
     return header + "\r\n";
 }
 
@@ -72,7 +75,8 @@ std::string logRow(double date, double elapsedMs, const WorkspaceClass &workspac
     const int channels = std::min<int>({ workspace.Channels,
         static_cast<int>(workspace.Items.size()), ChannelValues::kEntries - 1 });
     for (int n = 1; n <= channels; ++n) {
-        row += Format(Variant::single(values.output(n)), workspace.item(n).Format);
+        appendCsvField(
+            row, Format(Variant::single(values.output(n)), workspace.item(n).Format), separator);
         if (n < workspace.Channels)
             row += separator;
     }

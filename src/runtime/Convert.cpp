@@ -148,7 +148,10 @@ bool canonicalNumber(std::string_view text, const NumberLocale &locale, std::str
         if (c >= '0' && c <= '9') {
             out += c;
             ++digits;
-        } else if (c == locale.thousands && digits > 0 && locale.thousands != locale.decimal) {
+        } else if (digits > 0 && !locale.thousands.empty()
+            && s.compare(i, locale.thousands.size(), locale.thousands) == 0
+            && locale.thousands[0] != locale.decimal) {
+            i += locale.thousands.size() - 1;
             continue;
         } else {
             break;
@@ -328,7 +331,7 @@ std::string CStr(const Variant &v)
     case VarType::Double:
         return doubleText(v.rawDouble());
     case VarType::Date:
-        return dateText(v.rawDouble());
+        return dateText(v.rawDouble(), numberLocale().dateSeparator, numberLocale().timeSeparator);
     case VarType::String:
         return v.rawString();
     }

@@ -670,7 +670,7 @@ bool decimalOf(const Variant &value, Decimal &d)
 }
 
 void appendWholeDigits(std::string &out, const Decimal &d, int from, int to, int wholeLength,
-    int intLength, bool grouping, char thousands)
+    int intLength, bool grouping, const std::string &thousands)
 {
     // Digits [from, to) of a whole part `wholeLength` long, of which the last `intLength` are
     // the number's own and the rest leading zeros.
@@ -809,10 +809,11 @@ void appendNumber(std::string &out, int v, int width)
 
 void appendShortDate(std::string &out, const CivilDateTime &dt)
 {
+    const char separator = numberLocale().dateSeparator;
     appendNumber(out, dt.day, 2);
-    out += '/';
+    out += separator;
     appendNumber(out, dt.month, 2);
-    out += '/';
+    out += separator;
     appendNumber(out, dt.year, 4);
 }
 
@@ -829,10 +830,11 @@ void appendLongDate(std::string &out, const CivilDateTime &dt, double date)
 
 void appendLongTime(std::string &out, const CivilDateTime &dt)
 {
+    const char separator = numberLocale().timeSeparator;
     appendNumber(out, dt.hour, 2);
-    out += ':';
+    out += separator;
     appendNumber(out, dt.minute, 2);
-    out += ':';
+    out += separator;
     appendNumber(out, dt.second, 2);
 }
 
@@ -924,13 +926,13 @@ void appendDate(std::string &out, const CompiledFormat &fmt, const Section &sec,
             break;
         }
         case Op::DateSep:
-            out += '/';
+            out += numberLocale().dateSeparator;
             break;
         case Op::TimeSep:
-            out += ':';
+            out += numberLocale().timeSeparator;
             break;
         case Op::GeneralDate:
-            out += dateText(date);
+            out += dateText(date, numberLocale().dateSeparator, numberLocale().timeSeparator);
             break;
         case Op::LongTime:
             appendLongTime(out, dt);

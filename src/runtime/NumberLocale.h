@@ -1,18 +1,24 @@
 #pragma once
 
+#include <string>
+
 namespace corvalog {
 
-// The decimal and thousands separators that number text uses: point and comma by default,
-// comma and point in a comma-decimal locale. One setting for the process, as the system's
-// regional settings are; it is chosen at start-up (or by --comma-decimal) and read everywhere
-// numbers become text or text becomes numbers.
+// The separators that number and date text use: the decimal mark, the thousands separator
+// (UTF-8, so a locale's narrow no-break space stays what it is) and the date and time
+// separators that "/" and ":" stand for in a format. One setting for the process, as the
+// system's regional settings are: the program reads it from the system at start-up, the
+// command-line tool keeps the point unless told otherwise; it is read everywhere numbers
+// become text or text becomes numbers.
 struct NumberLocale {
     char decimal = '.';
-    char thousands = ',';
+    std::string thousands = ",";
+    char dateSeparator = '/';
+    char timeSeparator = ':';
 
     bool commaDecimal() const { return decimal == ','; }
-    static NumberLocale point() { return { '.', ',' }; }
-    static NumberLocale comma() { return { ',', '.' }; }
+    static NumberLocale point() { return {}; }
+    static NumberLocale comma() { return { ',', ".", '/', ':' }; }
 };
 
 const NumberLocale &numberLocale();

@@ -132,14 +132,21 @@ void evaluateChannel(ItemClass &item, int n, ChannelValues &values, ScriptEngine
             break;
         case 3:
         case 4:
-        case 5:
-            if (const std::optional<float> reading = eval.single(item.DataTagExpression))
+        case 5: {
+            const std::optional<float> reading = eval.single(item.DataTagExpression);
+            if (reading)
                 values.working(n) = *reading;
-            {
-                const float tared = values.working(n) - item.TareValue;
+            const float tared = values.working(n) - item.TareValue;
+            // After an error the output held the Default (or a stale value); blending from it
+            // would show a made-up value for many cycles, so the filter starts afresh.
+            if (values.error(n) != 0) {
+                if (reading)
+                    values.output(n) = tared;
+            } else {
                 values.output(n) += (tared - values.output(n)) / filterDivisor(item.Functionality);
             }
             break;
+        }
         default:
             if (const std::optional<float> reading = eval.single(item.DataTagExpression))
                 values.working(n) = *reading;

@@ -213,6 +213,10 @@ Variant callBuiltin(Builtin id, const Variant *args, int count)
         return Variant::string(s.substr(skip > 0 ? byteOffset(s, skip) : 0));
     }
     case Builtin::Mid: {
+        // The length is looked at first: a Null length is "Invalid use of Null" whatever the
+        // start.
+        if (count > 2 && args[2].isNull())
+            throw VbError(vberr::InvalidUseOfNull);
         const std::int32_t start = corvalog::CLng(args[1]);
         if (start < 1)
             throw VbError(vberr::InvalidProcedureCall);

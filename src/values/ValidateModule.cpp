@@ -1,6 +1,10 @@
 #include "ValidateModule.h"
 
+#include "runtime/Convert.h"
+#include "runtime/VbError.h"
+
 #include <algorithm>
+#include <cmath>
 
 namespace corvalog {
 
@@ -60,6 +64,52 @@ std::string NumericPasteFilter(std::string_view text, int start, int length,
         }
     }
     return kept;
+}
+
+std::optional<double> numberBoxValue(std::string_view text, bool commaDecimal)
+{
+    std::string plain(text);
+    if (commaDecimal)
+        std::replace(plain.begin(), plain.end(), ',', '.');
+    NumberLocale boxLocale;
+    boxLocale.thousands.clear();
+    double value = 0;
+    if (!tryParseNumericText(plain, boxLocale, value) || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+namespace {
+
+template <typename Narrow>
+auto narrowedBox(std::string_view text, bool commaDecimal, Narrow narrow)
+    -> std::optional<decltype(narrow(0.0))>
+{
+    const std::optional<double> value = numberBoxValue(text, commaDecimal);
+    if (!value)
+        return std::nullopt;
+    try {
+        return narrow(*value);
+    } catch (const VbError &) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::optional<float> numberBoxSingle(std::string_view text, bool commaDecimal)
+{
+    return narrowedBox(text, commaDecimal, [](double v) { return toSingle(v); });
+}
+
+std::optional<std::int16_t> numberBoxInteger(std::string_view text, bool commaDecimal)
+{
+    return narrowedBox(text, commaDecimal, [](double v) { return toInteger(v); });
+}
+
+std::optional<std::int32_t> numberBoxLong(std::string_view text, bool commaDecimal)
+{
+    return narrowedBox(text, commaDecimal, [](double v) { return toLong(v); });
 }
 
 } // namespace corvalog

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,5 +19,17 @@ bool NumericKeyAllowed(std::string_view text, int start, int length, char key, b
 // filter would let it be typed there after the ones kept before it.
 std::string NumericPasteFilter(std::string_view text, int start, int length,
     std::string_view pasted, bool commaDecimal, std::string_view extra = {});
+
+// The number a number box of the workspace editor holds: the whole text read as a number
+// (blanks around it allowed; "," taken as the decimal point where the locale writes decimal
+// commas, "." in any locale, no thousands separators). Nothing when the box is empty or holds
+// anything else, so the property it edits keeps its value.
+std::optional<double> numberBoxValue(std::string_view text, bool commaDecimal);
+
+// The same, narrowed to the property's type as the script converts (round half to even);
+// nothing when the number does not fit.
+std::optional<float> numberBoxSingle(std::string_view text, bool commaDecimal);
+std::optional<std::int16_t> numberBoxInteger(std::string_view text, bool commaDecimal);
+std::optional<std::int32_t> numberBoxLong(std::string_view text, bool commaDecimal);
 
 } // namespace corvalog

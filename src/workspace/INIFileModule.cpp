@@ -11,7 +11,7 @@ namespace corvalog {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 255;
+constexpr std::size_t kBufferSize = kIniValueLength + 1;
 
 // A workspace load and the settings reads hit the same few files hundreds of times, so parsed
 // documents are kept while the file's identity, size and times stay the same. Big files are

@@ -7,6 +7,10 @@
 
 namespace corvalog {
 
+// The longest value ReadINI gives back: the platform's reader fills a buffer of 255 characters
+// with its terminating NUL.
+constexpr std::size_t kIniValueLength = 254;
+
 // The two settings primitives, for use from one thread. ReadINI gives the stored value (at
 // most 254 characters), the Default when the value is empty, and "" for the stored text
 // "*NULL*"; when the file, section or key is missing it gives the Default as the platform's

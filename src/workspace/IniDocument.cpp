@@ -221,11 +221,10 @@ void IniDocument::indexLine(std::uint32_t id)
     ++m_indexed;
 }
 
-std::string IniDocument::value(
-    std::string_view section, std::string_view key, std::size_t bufferSize) const
+std::string_view IniDocument::wholeValue(std::string_view section, std::string_view key) const
 {
     const std::uint32_t id = findKey(findSection(trimBlanks(section)), trimBlanks(key));
-    if (id == kNone || bufferSize == 0)
+    if (id == kNone)
         return {};
     const std::string_view t = trimBlanks(text(m_lines[id]));
     std::string_view v = trimBlanks(t.substr(t.find('=') + 1));
@@ -233,7 +232,20 @@ std::string IniDocument::value(
     v = v.substr(0, v.find('\0'));
     if (v.size() >= 2 && (v[0] == '"' || v[0] == '\'') && v.back() == v[0])
         v = v.substr(1, v.size() - 2);
-    return std::string(v.substr(0, bufferSize - 1));
+    return v;
+}
+
+std::string IniDocument::value(
+    std::string_view section, std::string_view key, std::size_t bufferSize) const
+{
+    if (bufferSize == 0)
+        return {};
+    return std::string(wholeValue(section, key).substr(0, bufferSize - 1));
+}
+
+std::size_t IniDocument::valueLength(std::string_view section, std::string_view key) const
+{
+    return wholeValue(section, key).size();
 }
 
 bool IniDocument::hasKey(std::string_view section, std::string_view key) const

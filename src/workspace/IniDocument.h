@@ -40,6 +40,8 @@ public:
     // missing or the value is empty.
     std::string value(
         std::string_view section, std::string_view key, std::size_t bufferSize = 255) const;
+    // The length of a key's whole value, as value() would give it with a buffer of any size.
+    std::size_t valueLength(std::string_view section, std::string_view key) const;
     // True when the section has the key, even with an empty value.
     bool hasKey(std::string_view section, std::string_view key) const;
     // Writes a value (a key that is present is changed in place). The text is written as it is:
@@ -77,6 +79,7 @@ private:
         return std::string_view(m_text).substr(line.begin, line.length);
     }
     std::string_view nameOf(const Line &line) const;
+    std::string_view wholeValue(std::string_view section, std::string_view key) const;
     std::uint32_t findSection(std::string_view name) const;
     std::uint32_t findKey(std::uint32_t section, std::string_view name) const;
     std::uint32_t findEntry(LineKind kind, std::uint32_t section, std::string_view name) const;

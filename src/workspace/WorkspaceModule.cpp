@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <vector>
 
 namespace corvalog {
 
@@ -119,11 +120,35 @@ void convertVersion1(ItemClass &item, int n, int &runningStart)
         --item.Functionality;
 }
 
-ItemClass readChannel(const IniDocument &doc, int n)
+// Reads the workspace section of a file with ReadINI's rule, noting the keys whose value is
+// longer than a read gives back, since a cut expression would silently mean something else.
+class WorkspaceReader
+{
+public:
+    explicit WorkspaceReader(const IniDocument &doc)
+        : m_doc(doc)
+    {
+    }
+
+    std::string read(const std::string &key, const std::string &fallback)
+    {
+        if (m_doc.valueLength(kSection, key) > kIniValueLength)
+            m_cut.push_back(key);
+        return readIniValue(m_doc, kSection, key, fallback);
+    }
+
+    const std::vector<std::string> &cutKeys() const { return m_cut; }
+
+private:
+    const IniDocument &m_doc;
+    std::vector<std::string> m_cut;
+};
+
+ItemClass readChannel(WorkspaceReader &reader, int n)
 {
     const std::string number = std::to_string(n);
     auto read = [&](const char *key, const std::string &fallback) {
-        return readIniValue(doc, kSection, key + number, fallback);
+        return reader.read(key + number, fallback);
     };
     ItemClass item;
     assign(item.DataTag, read("DataTag", number));
@@ -177,9 +202,8 @@ bool LoadWorkspace(WorkspaceClass &ws, const std::string &FileName, UserPrompts 
             return false;
         }
     }
-    auto read = [&](const char *key, const char *fallback) {
-        return readIniValue(doc, kSection, key, fallback);
-    };
+    WorkspaceReader reader(doc);
+    auto read = [&](const char *key, const char *fallback) { return reader.read(key, fallback); };
     assign(ws.Version, read("version", "1"));
     ws.Title = read("Title", "Title Text");
     ws.Notes = replaceAll(read("Notes", ""), "|", "\r\n");
@@ -198,10 +222,20 @@ bool LoadWorkspace(WorkspaceClass &ws, const std::string &FileName, UserPrompts 
     ws.Items.clear();
     int runningStart = 1;
     for (int n = 1; n <= ws.Channels; ++n) {
-        ItemClass item = readChannel(doc, n);
+        ItemClass item = readChannel(reader, n);
         if (ws.Version == 1)
             convertVersion1(item, n, runningStart);
         ws.Items.push_back(std::move(item));
+    }
+    if (!reader.cutKeys().empty()) {
+        std::string keys;
+        for (const std::string &key : reader.cutKeys())
+            keys += (keys.empty() ? "" : ", ") + key;
+        prompts.message("Warning",
+            "These values of the workspace file " + FileName + " are longer than "
+                + std::to_string(kIniValueLength) + " characters and were cut to "
+                + std::to_string(kIniValueLength) + ": " + keys + ".",
+            PromptIcon::Exclamation);
     }
     return true;
 }

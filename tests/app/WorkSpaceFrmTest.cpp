@@ -141,8 +141,9 @@ TEST_F(WorkSpaceFrmTest, ExpressionIsCheckedAndStoredAsTyped)
     const struct {
         const char *text;
         bool valid;
-    } cases[] = { { "(<FF12>+<0012>)/2-<3>", true }, { "Frobnicate(<FF12>)", false },
-        { "T(", false }, { "<ff12>*2", false }, { "CInt(40000)", true }, { "2*PI", true } };
+    } cases[]
+        = { { "(<FF12>+<0012>)/2-<3>", true }, { "Frobnicate(<FF12>)", false }, { "T(", false },
+              { "<ff12>*2", false }, { "CInt(40000)", true }, { "2*PI", true }, { "1/0", false } };
     open();
     const std::string untouched = workspace.item(1).DataTagList;
     choose(2);
@@ -230,6 +231,60 @@ TEST_F(WorkSpaceFrmTest, NumberBoxesRefuseKeysThatBreakANumber)
     // The comma locale reads and writes the tare with its decimal comma.
     EXPECT_EQ(workspace.item(1).TareValue, 3.51f);
     EXPECT_EQ(cell(1, ColTare), "3,51");
+}
+
+// A box left empty or holding no number keeps the setting as it was and shows it is no number;
+// a number typed again takes effect.
+TEST_F(WorkSpaceFrmTest, ABoxThatHoldsNoNumberKeepsTheSettingAndSaysSo)
+{
+    const struct {
+        const char *box;
+        const char *typed;
+        std::function<float(const WorkspaceClass &)> setting;
+    } cases[] = {
+        { "tbTimeout", "abc", [](const WorkspaceClass &w) { return float(w.item(1).Timeout); } },
+        { "tbTimeout", "", [](const WorkspaceClass &w) { return float(w.item(1).Timeout); } },
+        { "tbTareValue", "", [](const WorkspaceClass &w) { return w.item(1).TareValue; } },
+        { "tbTareValue", "-", [](const WorkspaceClass &w) { return w.item(1).TareValue; } },
+        { "tbUnderload", "1,2", [](const WorkspaceClass &w) { return w.item(1).Underload; } },
+        { "tbOverload", "12kg", [](const WorkspaceClass &w) { return w.item(1).Overload; } },
+        { "tbDefault", "x", [](const WorkspaceClass &w) { return w.item(1).Default.value_or(0); } },
+        { "tbLogInterval", "", [](const WorkspaceClass &w) { return float(w.LogInterval); } },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.box) + " <- \"" + c.typed + "\"");
+        workspace = WorkspaceClass();
+        workspace.item(1).Timeout = 7;
+        workspace.item(1).TareValue = 2.5f;
+        workspace.item(1).Default = 4.0f;
+        const float before = c.setting(workspace);
+        open();
+        QLineEdit *box = child<QLineEdit>(c.box);
+        const QString plainTip = box->toolTip();
+        box->setText(QString::fromLatin1(c.typed)); // in one piece, as a paste puts it
+        EXPECT_TRUE(box->property("notANumber").toBool());
+        EXPECT_NE(box->toolTip(), plainTip);
+        form->done(QDialog::Accepted);
+        EXPECT_EQ(c.setting(workspace), before);
+
+        open();
+        retype(c.box, QStringLiteral("9"));
+        box = child<QLineEdit>(c.box);
+        EXPECT_FALSE(box->property("notANumber").toBool());
+        EXPECT_EQ(box->toolTip(), plainTip);
+        form->done(QDialog::Accepted);
+        EXPECT_EQ(c.setting(workspace), 9.0f);
+    }
+}
+
+TEST_F(WorkSpaceFrmTest, TextBoxesHoldNoMoreThanAFileGivesBack)
+{
+    open();
+    for (const char *name : { "tbTag", "tbCaption", "tbTitle" }) {
+        retype(name, QString(300, QLatin1Char('1')));
+        EXPECT_EQ(child<QLineEdit>(name)->text().size(), 254) << name;
+    }
+    EXPECT_EQ(workspace.item(1).DataTagList, std::string(254, '1'));
 }
 
 TEST_F(WorkSpaceFrmTest, PastedTextKeepsOnlyWhatCouldBeTyped)

@@ -95,11 +95,13 @@ TEST(Cli, WorkspacesAndSettings)
     EXPECT_EQ(cli("workspace show '" + dir + "/missing.lws'").exitCode, 1);
 
     std::ofstream(dir + "/bad.lws")
-        << "[Workspace]\nType=CORVALOG\nVersion=2\nChannels=3\n"
-        << "DataTagList1=<FF12>*2\nDataTagList2=(<FF12>\nDataTagList3=Foo(<1>)/<2>\n";
+        << "[Workspace]\nType=CORVALOG\nVersion=2\nChannels=5\n"
+        << "DataTagList1=<FF12>*2\nDataTagList2=(<FF12>\nDataTagList3=Foo(<1>)/<2>\n"
+        << "DataTagList4=1/0\nDataTagList5=10^400\n";
     const CliRun checked = cli("check '" + dir + "/bad.lws'");
     EXPECT_EQ(checked.out,
-        "1 ok\n2 error 1006: Expected ')'\n3 error 500: Variable is undefined: 'Foo'\n");
+        "1 ok\n2 error 1006: Expected ')'\n3 error 500: Variable is undefined: 'Foo'\n"
+        "4 error 11: Division by zero\n5 ok\n");
     EXPECT_EQ(checked.exitCode, 1);
     EXPECT_EQ(cli("check '" + examples + "/every-feature.lws'").exitCode, 0);
 }

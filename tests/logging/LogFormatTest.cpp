@@ -40,8 +40,75 @@ TEST(LogFormat, HeaderAndRowsInBothDecimalModes)
     ScopedNumberLocale comma(NumberLocale::comma());
     EXPECT_EQ(logRow(date, 1000.5, ws, values, true).substr(20, 8),
         "1000,5;2"); // elapsed as a plain number
-    EXPECT_EQ(
-        logHeader({ "a,b" }, true), "Date;Time;Elapsed mS;a;b\r\n"); // every comma, captions too
+}
+
+// A field that holds the separator, a quote or a line break is quoted, so no column shifts.
+TEST(LogFormat, FieldsThatWouldSplitWrongAreQuoted)
+{
+    const struct {
+        bool semicolons;
+        const char *caption;
+        const char *format;
+        float value;
+        const char *headerField;
+        const char *rowField;
+    } cases[] = {
+        { false, "Temp, C", "#,##0.00", 7530, "\"Temp, C\"", "\"7,530.00\"" },
+        { false, "\"Load\"", "0", 3, "\"\"\"Load\"\"\"", "3" },
+        { false, "two\nlines", "0\";\"", 3, "\"two\nlines\"", "3;" },
+        { true, "Temp, C", "#,##0.00", 7530, "Temp, C", "7.530,00" },
+        { true, "a;b", "0\";\"", 3, "\"a;b\"", "\"3;\"" },
+        { false, "plain", "0.0", 2.5f, "plain", "2.5" },
+    };
+    const double date = dateFromCivil({ 2026, 11, 23, 9, 5, 1 });
+    for (const auto &c : cases) {
+        ScopedNumberLocale locale(c.semicolons ? NumberLocale::comma() : NumberLocale::point());
+        WorkspaceClass ws;
+        ws.Channels = 2;
+        ws.Items.assign(2, ItemClass {});
+        ws.item(1).Format = c.format;
+        ws.item(2).Format = "0";
+        ChannelValues values;
+        values.output(1) = c.value;
+        values.output(2) = 1;
+        const std::string sep = c.semicolons ? ";" : ",";
+        EXPECT_EQ(logHeader({ c.caption, "x" }, c.semicolons),
+            "Date" + sep + "Time" + sep + "Elapsed mS" + sep + c.headerField + sep + "x\r\n")
+            << c.caption;
+        EXPECT_EQ(logRow(date, 5, ws, values, c.semicolons),
+            "23/11/2026" + sep + "09:05:01" + sep + "5" + sep + c.rowField + sep + "1\r\n")
+            << c.format;
+    }
+}
+
+// The date and time separators are the locale's.
+TEST(LogFormat, DatesAndTimesUseTheLocaleSeparators)
+{
+    NumberLocale german = NumberLocale::comma();
+    german.dateSeparator = '.';
+    NumberLocale finnish = NumberLocale::comma();
+    finnish.dateSeparator = '.';
+    finnish.timeSeparator = '.';
+    NumberLocale odd = NumberLocale::point();
+    odd.dateSeparator = ','; // a separator that is the field separator is quoted
+    const struct {
+        NumberLocale locale;
+        bool semicolons;
+        const char *row;
+    } cases[] = {
+        { german, true, "23.11.2026;09:05:01;5;\r\n" },
+        { finnish, true, "23.11.2026;09.05.01;5;\r\n" },
+        { odd, false, "\"23,11,2026\",09:05:01,5,\r\n" },
+    };
+    WorkspaceClass ws;
+    ws.Channels = 0;
+    ws.Items.clear();
+    for (const auto &c : cases) {
+        ScopedNumberLocale locale(c.locale);
+        EXPECT_EQ(
+            logRow(dateFromCivil({ 2026, 11, 23, 9, 5, 1 }), 5, ws, ChannelValues(), c.semicolons),
+            c.row);
+    }
 }
 
 TEST(LogFormat, NoChannelsKeepTheSeparatorAfterElapsed)

@@ -200,6 +200,32 @@ TEST(Format, DatesAndTimes)
     });
 }
 
+// "/" and ":" stand for the locale's separators, in patterns and in the named formats alike;
+// the group separator may be more than one byte.
+TEST(Format, DateTimeAndGroupSeparatorsComeFromTheLocale)
+{
+    NumberLocale locale = NumberLocale::comma();
+    locale.dateSeparator = '.';
+    locale.timeSeparator = '.';
+    locale.thousands = "\xE2\x80\xAF"; // a narrow no-break space
+    ScopedNumberLocale scoped(locale);
+    const Variant v = Variant::date(dateFromCivil({ 2026, 11, 23, 14, 5, 9 }));
+    expectAll({
+        { v, "DD/MM/YYYY", "23.11.2026" },
+        { v, "hh:nn:ss", "14.05.09" },
+        { v, "Short Date", "23.11.2026" },
+        { v, "General Date", "23.11.2026 14.05.09" },
+        { v, "d\\/m", "23/11" }, // an escaped slash is a slash
+        { D(1234567.5), "#,##0.0",
+            "1\xE2\x80\xAF"
+            "234\xE2\x80\xAF"
+            "567,5" },
+        { T("1\xE2\x80\xAF"
+            "234,5"),
+            "0.00", "1234,50" },
+    });
+}
+
 TEST(Format, TextPatterns)
 {
     const Variant testing = T("testing");

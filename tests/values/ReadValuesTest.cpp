@@ -119,6 +119,61 @@ TEST_F(ReadValuesTest, SilentOrFaultyModulesPutTheChannelInError)
     }
 }
 
+TEST_F(ReadValuesTest, AFilterRestartsFromItsFirstGoodValueAfterAnError)
+{
+    const struct {
+        const char *name;
+        int function;
+        std::optional<float> defaultValue;
+        bool timeOut; // else the module reports an error
+        std::vector<float> expected; // after the error cycle, the module back at 100, 100
+    } cases[] = {
+        { "light, default shown while silent", 3, -9999999.0f, true, { -9999999.0f, 100, 100 } },
+        { "medium, module error, no default", 4, std::nullopt, false, { 10, 100, 100 } },
+        { "heavy, default shown", 5, 0.0f, false, { 0, 100, 100 } },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        define({ { "<0001>", c.function } });
+        workspace.item(1).Default = c.defaultValue;
+        tables.setTE(1, 0);
+        tables.setT(1, 100);
+        cycle(); // the filter's first step from 0
+        if (c.timeOut)
+            clock.advanceSeconds(5);
+        else
+            tables.setTE(1, 1);
+        cycle();
+        std::vector<float> got { values.output(1) };
+        tables.setTE(1, 0);
+        tables.setT(1, 100);
+        cycle();
+        got.push_back(values.output(1));
+        cycle();
+        got.push_back(values.output(1));
+        EXPECT_EQ(got, c.expected);
+        EXPECT_EQ(values.error(1), 0);
+    }
+}
+
+TEST_F(ReadValuesTest, AFilterWaitsForAGoodReadingBeforeItRestarts)
+{
+    define({ { "<0001>", 3 } });
+    workspace.item(1).Default = 5.0f;
+    tables.setT(1, 100);
+    tables.setTE(1, 1);
+    cycle();
+    ASSERT_EQ(values.output(1), 5);
+    tables.setTE(1, 0);
+    workspace.item(1).DataTagExpression = "T(1)/0"; // back from the module, but failing
+    cycle();
+    EXPECT_EQ(values.output(1), 5);
+    EXPECT_EQ(values.error(1), -1);
+    workspace.item(1).DataTagExpression = "T(1)";
+    cycle();
+    EXPECT_EQ(values.output(1), 100);
+}
+
 TEST_F(ReadValuesTest, LowerChannelsAreFreshHigherOnesACycleLate)
 {
     define({ { "<2>*10", 0 }, { "<0001>", 0 }, { "<2>+1", 0 } });

@@ -145,6 +145,9 @@ TEST_F(ScriptEngineTest, ErrorsCarryTheScriptNumbersAndNameWhatWasExpectedOrUnkn
         { "CInt(32767.5)", 6, nullptr },
         { "CStr(Null)", 94, nullptr },
         { "Left(\"abc\", -1)", 5, nullptr },
+        { "Mid(\"test\", 0, Null)", 94, nullptr }, // the length is looked at before the start
+        { "Mid(\"test\", 0, 1)", 5, nullptr },
+        { "Mid(Null, 0)", 5, nullptr },
         { "Sqr(1, 2)", 450, nullptr },
         { "T", 450, nullptr },
         { "Undefined1", 500, nullptr },

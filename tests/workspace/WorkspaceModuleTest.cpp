@@ -225,6 +225,28 @@ TEST_F(WorkspaceModuleTest, EveryExampleRoundTripsToWhatASaveWrites)
     EXPECT_TRUE(prompts.messages.empty());
 }
 
+// A value longer than a read gives back is cut, and the load says which keys, so an expression
+// never changes its meaning unseen.
+TEST_F(WorkspaceModuleTest, ValuesCutOnLoadAreNamed)
+{
+    const std::string expression = "<0001>+" + std::string(300, '1');
+    load("Channels=2\nTitle=" + std::string(254, 't') + "\nDataTagList2=" + expression
+        + "\nCaption1=" + std::string(255, 'c') + "\n");
+    EXPECT_EQ(ws.item(2).DataTagList, expression.substr(0, 254));
+    ASSERT_EQ(prompts.messages.size(), 1u);
+    const std::string file = path("w.lws");
+    EXPECT_EQ(prompts.messages[0],
+        (RecordingPrompts::Message { "Warning",
+            "These values of the workspace file " + file
+                + " are longer than 254 characters and were cut to 254: Caption1, "
+                  "DataTagList2.",
+            PromptIcon::Exclamation, PromptButtons::Ok }));
+
+    prompts.messages.clear();
+    load("Channels=1\nDataTagList1=" + std::string(254, '1') + "\n");
+    EXPECT_TRUE(prompts.messages.empty());
+}
+
 TEST_F(WorkspaceModuleTest, HostileFilesLoadWithinBounds)
 {
     std::string keys = "[Workspace]\nType=CORVALOG\nChannels=24\n";
