@@ -552,6 +552,12 @@ void MainFrm::mnuStartStopLog_Click()
     m_logger->DoLogging([this] { return chooseLogFile(m_paths, m_prompts); });
 }
 
+void MainFrm::startLoggingTo(const std::string &path)
+{
+    if (!m_logger->isLogging())
+        m_logger->DoLogging([&path] { return path; });
+}
+
 void MainFrm::mnuIntervalConfig_Click()
 {
     mnuIntervalConfig(m_workspace, m_prompts, programWorkspaceFile(m_paths));

@@ -85,6 +85,8 @@ public:
     void mnuEditWorkspace_Click();
     void mnuExit_Click();
     void mnuStartStopLog_Click();
+    // Starts logging to a file without the dialog (unattended runs); nothing when logging.
+    void startLoggingTo(const std::string &path);
     void mnuIntervalConfig_Click();
     void mnuViewLog_Click();
     void mnuWake_Click();

@@ -1,7 +1,8 @@
 // Corvalog, the desktop program. The packets come from the source CORVALOG_SOURCE names (the
 // built-in simulated base station by default); the command line is the program's own
 // ("workbay" shows the calibration commands). CORVALOG_QUIT_AFTER_FIRST_FRAME=1 ends the
-// program once its window has been painted, for measuring start-up.
+// program once its window has been painted, for measuring start-up. CORVALOG_LOG_TO=FILE starts
+// logging to FILE as soon as the window is up, for unattended runs.
 #include "AppStyle.h"
 #include "MainFrm.h"
 #include "ProviderChoice.h"
@@ -56,5 +57,9 @@ int main(int argc, char **argv)
     if (qEnvironmentVariableIntValue("CORVALOG_QUIT_AFTER_FIRST_FRAME"))
         window.installEventFilter(&probe);
     window.show();
+    const QString logTo = qEnvironmentVariable("CORVALOG_LOG_TO");
+    if (!logTo.isEmpty())
+        QTimer::singleShot(
+            0, &window, [&window, logTo] { window.startLoggingTo(logTo.toStdString()); });
     return app.exec();
 }

@@ -3,6 +3,7 @@
 #include "app/HelpTopics.h"
 #include "displays/LCDModule.h"
 #include "displays/TableContainer.h"
+#include "runtime/NumberLocale.h"
 #include "workspace/Settings.h"
 
 #include <QAction>
@@ -50,6 +51,28 @@ TEST_F(MainFrmStartUp, TheLastWorkspaceComesUpLiveInANormalInstallation)
     EXPECT_TRUE(prompts.messages.empty());
 
     packet(1, "12.5");
+    window->ScreenTimer_Timer();
+    EXPECT_EQ(window->Disp()[1]->Value(), QStringLiteral("12.50"));
+}
+
+// In a decimal-comma locale the panels light their point for the comma from the first frame
+// of an activation on, and the start-up's separators are the process's.
+TEST_F(MainFrmStartUp, TheLocalesSeparatorsHoldFromTheFirstFrame)
+{
+    ScopedNumberLocale restore(numberLocale());
+    const std::string file = path("bench.lws");
+    writeFile(file, workspaceText(1, "Rig"));
+    rememberWorkspace(file);
+    window = std::make_unique<MainFrm>([&] {
+        MainFrmOptions o = options();
+        o.locale = NumberLocale::comma();
+        o.locale.dateSeparator = '.';
+        return o;
+    }());
+    ASSERT_TRUE(window->Form_Load());
+    EXPECT_EQ(window->Disp()[1]->Value(), QStringLiteral("0.00"));
+    EXPECT_EQ(numberLocale().dateSeparator, '.');
+    packet(1, "12,5");
     window->ScreenTimer_Timer();
     EXPECT_EQ(window->Disp()[1]->Value(), QStringLiteral("12.50"));
 }
