@@ -67,6 +67,12 @@ int runIni(CliArgs &args, std::ostream &out)
         return 0;
     }
     if (words[0] == "set") {
+        const char *const parts[] = { "section", "key", "value" };
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (hasLineBreak(words[i + 2]))
+                throw UsageError(std::string("ini set: the ") + parts[i]
+                    + " holds a line break, which would end its line in the file");
+        }
         if (WriteINI(words[1], words[2], words[3], words[4]))
             return 0;
         std::cerr << "Error: cannot write " << words[1] << "\n";

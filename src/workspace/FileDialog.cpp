@@ -1,5 +1,6 @@
 #include "FileDialog.h"
 
+#include "INIFileModule.h"
 #include "Settings.h"
 
 #include <string_view>
@@ -59,7 +60,16 @@ std::string runDialog(const DialogKind &kind, bool save, bool confirmOverwrite,
         }
     }
     // A cancelled dialog writes the values it started with, so the defaults land in the file.
-    writeRecentFile(paths.settingsFile, kind.section, recent);
+    // A name with a line break cannot be kept in the settings; the user is told rather than
+    // surprised by the next dialog.
+    if (hasLineBreak(recent.folder) || hasLineBreak(recent.file)) {
+        prompts.message("Warning",
+            "The name " + chosen + " holds a line break, which the settings file "
+                + paths.settingsFile + " cannot keep: it will not be offered next time.",
+            PromptIcon::Exclamation);
+    } else {
+        writeRecentFile(paths.settingsFile, kind.section, recent);
+    }
     return chosen;
 }
 

@@ -156,12 +156,12 @@ std::string defaultInBuffer(std::string_view Default)
     return std::string(d.substr(0, kBufferSize - 1));
 }
 
+} // namespace
+
 bool hasLineBreak(std::string_view text)
 {
     return text.find_first_of("\r\n") != std::string_view::npos;
 }
-
-} // namespace
 
 std::string readIniValue(const IniDocument &document, std::string_view Section,
     std::string_view Key, std::string_view Default)
@@ -190,6 +190,10 @@ bool WriteINI(const std::string &FileName, std::string_view Section, std::string
     std::string_view Value)
 {
     g_lastKey = std::string(Key);
+    // A line break would end the line there and let the rest be read as more keys; the
+    // platform writes it raw, this refuses it.
+    if (hasLineBreak(Section) || hasLineBreak(Key) || hasLineBreak(Value))
+        return false;
     IniDocument document;
     FileStamp stamp;
     if (stampOf(FileName, stamp)) {
@@ -210,9 +214,7 @@ bool WriteINI(const std::string &FileName, std::string_view Section, std::string
     document.setValue(Section, Key, Value);
     if (!saveIniFile(FileName, document))
         return false;
-    // Text with a line break reads back differently from the file; such a document is re-read.
-    if (!hasLineBreak(Section) && !hasLineBreak(Key) && !hasLineBreak(Value)
-        && stampOf(FileName, stamp) && stamp.size <= kMaxCachedBytes)
+    if (stampOf(FileName, stamp) && stamp.size <= kMaxCachedBytes)
         remember(FileName, stamp, std::move(document));
     return true;
 }

@@ -38,10 +38,32 @@ std::uint32_t nameHash(std::uint32_t tag, std::string_view name)
     return static_cast<std::uint32_t>(h);
 }
 
-// A line longer than this is cut into pieces; only a file of 4 GiB could have one.
-constexpr std::size_t kMaxLine = 0xFFFFFFF0u;
 // Edited lines leave their old text behind; it is reclaimed once it outweighs the live text.
 constexpr std::size_t kCompactThreshold = 1u << 20;
+
+// What a line is to the reader.
+enum class Shape { Blank, Comment, Header, Key, Other };
+
+Shape shapeOf(std::string_view trimmed)
+{
+    if (trimmed.empty())
+        return Shape::Blank;
+    if (trimmed[0] == ';')
+        return Shape::Comment;
+    if (trimmed[0] == '[' && trimmed.find(']') != std::string_view::npos)
+        return Shape::Header;
+    return trimmed.find('=') != std::string_view::npos ? Shape::Key : Shape::Other;
+}
+
+std::string_view headerName(std::string_view trimmed)
+{
+    return trimBlanks(trimmed.substr(1, trimmed.rfind(']') - 1));
+}
+
+std::string_view keyName(std::string_view trimmed)
+{
+    return trimBlanks(trimmed.substr(0, trimmed.find('=')));
+}
 
 } // namespace
 
@@ -61,11 +83,26 @@ IniDocument IniDocument::build(std::string &&bytes)
     doc.m_text = std::move(bytes);
     const char *data = doc.m_text.data();
     const std::size_t size = doc.m_text.size();
-    doc.m_lines.reserve(static_cast<std::size_t>(std::count(data, data + size, '\n')) + 1);
+    doc.m_index.assign(16, Slot {});
 
     bool endSeen = false;
-    std::uint32_t current = kNone;
-    std::size_t keyable = 0;
+    std::uint32_t live = kNone; // the section whose lines are being read, if it can be written
+    std::size_t rawStart = std::string::npos; // the raw run being gathered
+    std::uint32_t pendingSection = kNone; // a section whose anchor lies in that run...
+    std::uint64_t pendingOffset = 0; // ...this far into it
+    const auto flushRaw = [&](std::size_t until) {
+        if (rawStart == std::string::npos)
+            return;
+        Line raw;
+        raw.begin = rawStart;
+        raw.length = until - rawStart;
+        const std::uint32_t id = doc.pushLine(raw);
+        if (pendingSection != kNone)
+            doc.m_sectionAnchor[pendingSection] = Anchor { id, pendingOffset };
+        rawStart = std::string::npos;
+        pendingSection = kNone;
+    };
+
     // Searching for the next LF from every line start would be quadratic in a file of lone CRs.
     std::size_t nextLf = 0;
     bool lfKnown = false;
@@ -76,86 +113,86 @@ IniDocument IniDocument::build(std::string &&bytes)
             const void *lf = std::memchr(data + pos, '\n', size - pos);
             nextLf = lf ? static_cast<std::size_t>(static_cast<const char *>(lf) - data) : size;
         }
-        Line line;
-        line.begin = pos;
         std::size_t contentEnd = nextLf;
         std::size_t following;
+        LineEnd end;
         const void *cr = std::memchr(data + pos, '\r', nextLf - pos);
         if (cr) {
             contentEnd = static_cast<std::size_t>(static_cast<const char *>(cr) - data);
             if (contentEnd + 1 == nextLf && nextLf < size) {
-                line.end = kCrLf;
+                end = kCrLf;
                 following = nextLf + 1;
             } else {
-                line.end = kCr;
+                end = kCr;
                 following = contentEnd + 1;
             }
         } else if (nextLf < size) {
-            line.end = kLf;
+            end = kLf;
             following = nextLf + 1;
         } else {
-            line.end = kNoEnd;
+            end = kNoEnd;
             following = size;
         }
-        if (contentEnd - pos > kMaxLine) {
-            contentEnd = pos + kMaxLine;
-            line.end = kNoEnd;
-            following = contentEnd;
-        }
-        line.length = static_cast<std::uint32_t>(contentEnd - pos);
-        if (!endSeen && line.end != kNoEnd) {
-            doc.m_newLineEnd = line.end;
+        if (!endSeen && end != kNoEnd) {
+            doc.m_newLineEnd = end;
             endSeen = true;
         }
 
-        const auto id = static_cast<std::uint32_t>(doc.m_lines.size());
-        const std::string_view t = trimBlanks(std::string_view(data + pos, line.length));
-        if (t.empty()) {
-            line.kind = kBlank;
-        } else if (t[0] == ';') {
-            line.kind = kComment;
-        } else if (t[0] == '[' && t.find(']') != std::string_view::npos) {
-            line.kind = kHeader;
+        const std::string_view t = trimBlanks(std::string_view(data + pos, contentEnd - pos));
+        const Shape shape = shapeOf(t);
+        bool held = false;
+        if (shape == Shape::Header) {
+            // A repeated section is never read or written: its lines are only bytes.
+            held = doc.findEntry(kHeader, kNone, headerName(t)) == kNone;
+            live = held ? static_cast<std::uint32_t>(doc.m_sectionAnchor.size()) : kNone;
+        } else if (shape == Shape::Key && live != kNone) {
+            held = doc.findEntry(kKey, live, keyName(t)) == kNone;
+        }
+        if (held) {
+            flushRaw(pos);
+            Line line;
+            line.begin = pos;
+            line.length = contentEnd - pos;
+            line.kind = shape == Shape::Header ? kHeader : kKey;
+            line.section = live;
+            line.end = end;
+            const std::uint32_t id = doc.pushLine(line);
+            if (shape == Shape::Header)
+                doc.m_sectionAnchor.push_back(Anchor { id, kAfterLine });
+            else
+                doc.m_sectionAnchor[live] = Anchor { id, kAfterLine };
+            doc.indexLine(id);
         } else {
-            line.kind = t.find('=') != std::string_view::npos ? kKey : kOther;
+            if (rawStart == std::string::npos)
+                rawStart = pos;
+            // Keys and other lines of a section move the place where its new keys go.
+            if (live != kNone && (shape == Shape::Key || shape == Shape::Other)) {
+                pendingSection = live;
+                pendingOffset = following - rawStart;
+            }
         }
-        if (line.kind == kHeader) {
-            current = static_cast<std::uint32_t>(doc.m_sectionAnchor.size());
-            doc.m_sectionAnchor.push_back(id);
-        } else if (current != kNone && (line.kind == kKey || line.kind == kOther)) {
-            doc.m_sectionAnchor[current] = id;
-        }
-        line.section = current;
-        if (current != kNone && (line.kind == kHeader || line.kind == kKey))
-            ++keyable;
-        line.next = id + 1;
-        doc.m_lines.push_back(line);
         pos = following;
     }
-    if (!doc.m_lines.empty()) {
-        doc.m_lines.back().next = kNone;
-        doc.m_first = 0;
-        doc.m_last = static_cast<std::uint32_t>(doc.m_lines.size() - 1);
-    }
-
-    std::size_t slots = 16;
-    while (slots < 2 * keyable + 2)
-        slots *= 2;
-    doc.m_index.assign(slots, Slot {});
-    for (std::uint32_t id = 0; id < doc.m_lines.size(); ++id) {
-        const Line &line = doc.m_lines[id];
-        if (line.section != kNone && (line.kind == kHeader || line.kind == kKey))
-            doc.indexLine(id);
-    }
+    flushRaw(size);
     return doc;
+}
+
+std::uint32_t IniDocument::pushLine(const Line &line)
+{
+    const auto id = static_cast<std::uint32_t>(m_lines.size());
+    m_lines.push_back(line);
+    if (m_last == kNone)
+        m_first = id;
+    else
+        m_lines[m_last].next = id;
+    m_last = id;
+    return id;
 }
 
 std::string_view IniDocument::nameOf(const Line &line) const
 {
     const std::string_view t = trimBlanks(text(line));
-    if (line.kind == kHeader)
-        return trimBlanks(t.substr(1, t.rfind(']') - 1));
-    return trimBlanks(t.substr(0, t.find('=')));
+    return line.kind == kHeader ? headerName(t) : keyName(t);
 }
 
 std::uint32_t IniDocument::findEntry(
@@ -253,30 +290,56 @@ bool IniDocument::hasKey(std::string_view section, std::string_view key) const
     return findKey(findSection(trimBlanks(section)), trimBlanks(key)) != kNone;
 }
 
-std::uint32_t IniDocument::appendLine(
-    std::string_view lineText, LineKind kind, std::uint32_t section, std::uint32_t after)
+bool IniDocument::endsWithBreak(const Line &line) const
 {
+    if (line.end != kNoEnd)
+        return true;
+    const std::string_view t = text(line);
+    return !t.empty() && (t.back() == '\n' || t.back() == '\r');
+}
+
+std::uint32_t IniDocument::insertAfter(
+    Anchor anchor, std::string_view lineText, LineKind kind, std::uint32_t section)
+{
+    std::uint32_t after = anchor.line;
+    if (after != kNone && anchor.offset != kAfterLine && anchor.offset < m_lines[after].length) {
+        // Inside a raw run: it is split after the anchor line, which ends with its break.
+        Line tail = m_lines[after];
+        tail.begin += anchor.offset;
+        tail.length -= anchor.offset;
+        tail.next = m_lines[after].next;
+        const auto tailId = static_cast<std::uint32_t>(m_lines.size());
+        m_lines.push_back(tail);
+        Line &head = m_lines[after];
+        head.length = anchor.offset;
+        head.end = kNoEnd;
+        head.next = tailId;
+        if (m_last == after)
+            m_last = tailId;
+    }
     Line line;
     line.begin = m_text.size();
-    line.length = static_cast<std::uint32_t>(std::min(lineText.size(), kMaxLine));
+    line.length = lineText.size();
     line.kind = kind;
     line.section = section;
     line.end = m_newLineEnd;
-    m_text.append(lineText.substr(0, line.length));
+    m_text.append(lineText);
     const auto id = static_cast<std::uint32_t>(m_lines.size());
     if (after == kNone) {
         line.next = m_first;
         m_first = id;
+        if (m_last == kNone)
+            m_last = id;
     } else {
         // A line that ended the file without a break gets one before anything follows it.
         Line &previous = m_lines[after];
-        if (previous.end == kNoEnd)
+        if (!endsWithBreak(previous))
             previous.end = m_newLineEnd;
         line.next = previous.next;
         previous.next = id;
+        if (after == m_last)
+            m_last = id;
     }
-    if (after == m_last)
-        m_last = id;
     m_lines.push_back(line);
     return id;
 }
@@ -291,8 +354,8 @@ void IniDocument::setValue(std::string_view section, std::string_view key, std::
         std::string header;
         header.reserve(sectionName.size() + 2);
         header.append("[").append(sectionName).append("]");
-        const std::uint32_t id = appendLine(header, kHeader, s, m_last);
-        m_sectionAnchor.push_back(id);
+        const std::uint32_t id = insertAfter(Anchor { m_last, kAfterLine }, header, kHeader, s);
+        m_sectionAnchor.push_back(Anchor { id, kAfterLine });
         indexLine(id);
     } else if (const std::uint32_t id = findKey(s, keyName); id != kNone) {
         Line &line = m_lines[id];
@@ -303,8 +366,8 @@ void IniDocument::setValue(std::string_view section, std::string_view key, std::
         replaced.append(old.substr(0, keep)).append(value);
         m_garbage += line.length;
         line.begin = m_text.size();
-        line.length = static_cast<std::uint32_t>(std::min(replaced.size(), kMaxLine));
-        m_text.append(replaced, 0, line.length);
+        line.length = replaced.size();
+        m_text.append(replaced);
         if (m_garbage > kCompactThreshold && m_garbage > m_text.size() / 2)
             compact();
         return;
@@ -314,11 +377,11 @@ void IniDocument::setValue(std::string_view section, std::string_view key, std::
     entry.reserve(keyName.size() + 1 + value.size());
     entry.append(keyName).append("=").append(value);
     // A key name starting with ";" or "[" would not read back as a key; it is written all the
-    // same, as the platform does, but not indexed as one.
+    // same, as the platform does, but not held as one.
     const std::string_view t = trimBlanks(entry);
     const bool isKey = t[0] != ';' && !(t[0] == '[' && t.find(']') != std::string_view::npos);
-    const std::uint32_t id = appendLine(entry, isKey ? kKey : kOther, s, m_sectionAnchor[s]);
-    m_sectionAnchor[s] = id;
+    const std::uint32_t id = insertAfter(m_sectionAnchor[s], entry, isKey ? kKey : kRaw, s);
+    m_sectionAnchor[s] = Anchor { id, kAfterLine };
     if (isKey)
         indexLine(id);
 }

@@ -24,7 +24,8 @@ namespace corvalog {
 //   section (with no blank line before it) at the end of the document;
 // - new lines end as the file's first line does (LF for a new file).
 // Files are bytes: nothing here depends on an encoding. Reads and edits cost time in
-// proportion to the names involved, not to the document's size, so a document can be large.
+// proportion to the names involved, not to the document's size, and the memory a document
+// takes beyond its bytes follows the headers and keys it holds, so a document can be large.
 // Not safe to share between threads while one of them edits it.
 class IniDocument
 {
@@ -55,22 +56,35 @@ public:
 
 private:
     static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
+    static constexpr std::uint64_t kAfterLine = ~std::uint64_t(0);
     enum LineEnd : std::uint8_t { kNoEnd, kLf, kCrLf, kCr };
-    enum LineKind : std::uint8_t { kBlank, kComment, kHeader, kKey, kOther };
+    // Only the lines that can be read or written are held one by one: the first header of
+    // each section name and the first key of each name in it. Everything else (blank lines,
+    // comments, lines before the first section, repeated sections and keys) is kept as raw
+    // runs of bytes with their line breaks, so memory follows what a file holds, not its
+    // number of lines.
+    enum LineKind : std::uint8_t { kHeader, kKey, kRaw };
 
-    // One line: its text lies in m_text (original bytes first, then edited and added lines).
-    // Lines are chained in document order, so adding one never moves the others.
+    // One entry: its text lies in m_text (original bytes first, then edited and added lines).
+    // Entries are chained in document order, so adding one never moves the others.
     struct Slot {
         std::uint32_t line = kNone;
         std::uint32_t hash = 0;
     };
     struct Line {
         std::uint64_t begin = 0;
-        std::uint32_t length = 0;
+        std::uint64_t length = 0;
         std::uint32_t next = kNone;
-        std::uint32_t section = kNone; // ordinal of the section the line is in
-        LineKind kind = kBlank;
-        LineEnd end = kNoEnd;
+        std::uint32_t section = kNone; // ordinal of the section a header or key belongs to
+        LineKind kind = kRaw;
+        LineEnd end = kNoEnd; // the break after the text (a raw run holds its own)
+    };
+    // Where a new key of a section goes: after an entry, or inside a raw run after the line
+    // that ends `offset` bytes into it (the last line of the section that is neither blank nor
+    // a comment).
+    struct Anchor {
+        std::uint32_t line = kNone;
+        std::uint64_t offset = kAfterLine;
     };
 
     static IniDocument build(std::string &&bytes);
@@ -86,13 +100,15 @@ private:
     void indexLine(std::uint32_t id);
     void growIndex();
     void place(Slot slot);
-    std::uint32_t appendLine(
-        std::string_view text, LineKind kind, std::uint32_t section, std::uint32_t after);
+    std::uint32_t pushLine(const Line &line);
+    bool endsWithBreak(const Line &line) const;
+    std::uint32_t insertAfter(
+        Anchor anchor, std::string_view text, LineKind kind, std::uint32_t section);
     void compact();
 
     std::string m_text;
     std::vector<Line> m_lines;
-    std::vector<std::uint32_t> m_sectionAnchor; // per section: the line a new key follows
+    std::vector<Anchor> m_sectionAnchor; // per section: where a new key goes
     std::vector<Slot> m_index; // open-addressing table of the first header or key of each name
     std::size_t m_indexed = 0;
     std::size_t m_garbage = 0; // bytes of m_text no line uses any more

@@ -2,10 +2,15 @@
 
 #include "runtime/VbError.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
+#include <limits>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -63,6 +68,41 @@ bool writeAll(int fd, const std::string &bytes)
         done += static_cast<std::size_t>(n);
     }
     return true;
+}
+
+// The temporary files of saves of this file whose program has gone (killed before its rename):
+// "." + the file's name + "." + the saver's process id + "." + a count + ".tmp". A live
+// program's temporary is its save in progress and stays.
+void removeAbandonedTemporaries(const std::string &folder, const std::string &base)
+{
+    DIR *entries = ::opendir(folder.c_str());
+    if (!entries)
+        return;
+    const std::string prefix = "." + base + ".";
+    while (const struct dirent *entry = ::readdir(entries)) {
+        const std::string_view name = entry->d_name;
+        if (name.size() <= prefix.size() + 4 || name.substr(0, prefix.size()) != prefix
+            || name.substr(name.size() - 4) != ".tmp")
+            continue;
+        const std::string_view middle = name.substr(prefix.size(), name.size() - prefix.size() - 4);
+        const std::size_t dot = middle.find('.');
+        if (dot == std::string_view::npos || dot == 0 || dot + 1 == middle.size())
+            continue;
+        const std::string_view pidText = middle.substr(0, dot);
+        const std::string_view countText = middle.substr(dot + 1);
+        const auto digits = [](std::string_view t) {
+            return t.size() <= 10
+                && std::all_of(t.begin(), t.end(), [](char c) { return c >= '0' && c <= '9'; });
+        };
+        if (!digits(pidText) || !digits(countText))
+            continue;
+        const long pid = std::strtol(std::string(pidText).c_str(), nullptr, 10);
+        if (pid <= 0 || pid == ::getpid() || pid > std::numeric_limits<pid_t>::max())
+            continue;
+        if (::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH)
+            ::unlinkat(::dirfd(entries), entry->d_name, 0);
+    }
+    ::closedir(entries);
 }
 
 } // namespace
@@ -125,7 +165,9 @@ std::optional<IniDocument> loadIniFile(const std::string &path, FileError *error
         return std::nullopt;
     }
 
-    std::string bytes(static_cast<std::size_t>(st.st_size), '\0');
+    // Room for one more block, so the end of an unchanged file is seen without growing (and
+    // copying) the buffer.
+    std::string bytes(static_cast<std::size_t>(st.st_size) + 4096, '\0');
     std::size_t used = 0;
     for (;;) {
         if (used == bytes.size()) {
@@ -186,6 +228,7 @@ bool saveIniFile(const std::string &path, const IniDocument &document, FileError
 
     const std::string folder = parentFolder(target);
     const std::string base = target.substr(target.find_last_of('/') + 1);
+    removeAbandonedTemporaries(folder, base);
     const mode_t mode = exists ? (st.st_mode & 07777) : 0666;
     std::string temporary;
     int fd = -1;

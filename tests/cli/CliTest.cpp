@@ -175,6 +175,8 @@ TEST(Cli, WrongUseIsExitTwoWithNothingOnStdout)
         "packet --tag --value 1 --rssi 1 --cv 1",
         "ini",
         "ini put a b c d",
+        "ini set x.ini Workspace Title \"$(printf 'Hello\\nChannels=24')\"",
+        "ini set x.ini \"$(printf 'Work\\rspace')\" Title x",
         "workspace upgrade only-one",
         "record --out x.csv --source bogus",
         "record --out x.csv --duration 0",

@@ -80,6 +80,14 @@ TEST(IniDocument, EditsInPlaceAndAddsWhereThePlatformDoes)
         { "replace last line without break", "[a]\nk=1", "a", "k", "2", "[a]\nk=2" },
         { "empty document", "", "App", "key", "string", "[App]\nkey=string\n" },
         { "repeated section", "[a]\nk=1\n[A]\nj=1\n", "a", "j", "2", "[a]\nk=1\nj=2\n[A]\nj=1\n" },
+        { "after a line without =", "[a]\nk=1\nfree\n\n; c\n[b]\n", "a", "j", "2",
+            "[a]\nk=1\nfree\nj=2\n\n; c\n[b]\n" },
+        { "after a repeated key", "[a]\nk=1\n; c\nK=2\n\n", "a", "j", "3",
+            "[a]\nk=1\n; c\nK=2\nj=3\n\n" },
+        { "last line of a section ends the file", "x\n[a]\nk=1\nfree", "a", "j", "2",
+            "x\n[a]\nk=1\nfree\nj=2\n" },
+        { "text before the first section stays", "free\r\n\r\n[a]\r\n", "a", "j", "2",
+            "free\r\n\r\n[a]\r\nj=2\r\n" },
     };
     for (const WriteCase &c : cases) {
         IniDocument doc = IniDocument::parse(c.before);

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -164,6 +165,73 @@ TEST_F(IniFileTest, WriteIniCreatesEditsAndIsSeenByReadIni)
     EXPECT_FALSE(fs::exists(path("nofolder")));
     fs::create_directory(path("dir.ini"));
     EXPECT_FALSE(WriteINI(path("dir.ini"), "a", "k", "v"));
+}
+
+// Every byte the edit does not touch stays, those before the first section too.
+TEST_F(IniFileTest, WriteIniKeepsWhatItDoesNotChange)
+{
+    const struct {
+        std::string before;
+        std::string after; // App.k set to "v"
+    } cases[] = {
+        { "\xEF\xBB\xBFjunk\n[App]\nk=1\n", "\xEF\xBB\xBFjunk\n[App]\nk=v\n" },
+        { "free text\r\n; note\r\n\r\n[App]\r\nk=1\r\n",
+            "free text\r\n; note\r\n\r\n[App]\r\nk=v\r\n" },
+        { "k=0\nj\n[App]\n", "k=0\nj\n[App]\nk=v\n" },
+        { std::string("\0\x01"
+                      "bin\r[App]",
+              11),
+            std::string("\0\x01"
+                        "bin\r[App]\rk=v\r",
+                16) },
+        { "only text", "only text\n[App]\nk=v\n" },
+    };
+    const std::string file = path("keep.ini");
+    for (const auto &c : cases) {
+        writeFile(file, c.before);
+        EXPECT_TRUE(WriteINI(file, "App", "k", "v"));
+        EXPECT_EQ(fileText(file), c.after);
+    }
+}
+
+// A line break would end the line and let the rest read as keys of its own.
+TEST_F(IniFileTest, WriteIniRefusesLineBreaks)
+{
+    const std::string file = writeFile(path("lf.ini"), "[Workspace]\nChannels=4\n");
+    const struct {
+        const char *section;
+        const char *key;
+        const char *value;
+    } cases[] = {
+        { "Workspace", "Title", "Hello\nChannels=24" },
+        { "Workspace", "Title", "a\rb" },
+        { "Workspace", "Ti\ntle", "x" },
+        { "Work\r\nspace", "Title", "x" },
+    };
+    for (const auto &c : cases)
+        EXPECT_FALSE(WriteINI(file, c.section, c.key, c.value)) << c.value;
+    EXPECT_EQ(fileText(file), "[Workspace]\nChannels=4\n");
+}
+
+// A save killed before its rename leaves its temporary file; the next save of the same file
+// removes it, but never one of a save still running.
+TEST_F(IniFileTest, TemporariesOfKilledSavesAreRemovedByTheNextSave)
+{
+    const std::string file = writeFile(path("t.ini"), "[a]\nk=1\n");
+    const pid_t gone = ::fork();
+    if (gone == 0)
+        ::_exit(0);
+    ::waitpid(gone, nullptr, 0);
+    const std::string abandoned = path(".t.ini." + std::to_string(gone) + ".3.tmp");
+    const std::string running = path(".t.ini." + std::to_string(::getppid()) + ".1.tmp");
+    const std::string other = path(".u.ini." + std::to_string(gone) + ".1.tmp");
+    for (const std::string &f : { abandoned, running, other })
+        writeFile(f, "[a]\nk=");
+    EXPECT_TRUE(WriteINI(file, "a", "k", "2"));
+    EXPECT_FALSE(fs::exists(abandoned));
+    EXPECT_TRUE(fs::exists(running));
+    EXPECT_TRUE(fs::exists(other));
+    EXPECT_EQ(fileText(file), "[a]\nk=2\n");
 }
 
 } // namespace

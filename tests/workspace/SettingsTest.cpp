@@ -185,6 +185,16 @@ TEST(FileDialogs, AskWithTheirOwnTermsAndWriteInitFileThenInitDirBackEitherWay)
         EXPECT_EQ(d.choose(paths, confirmed), "/data/run 7/morning.test");
         EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitFile", "?"), "morning.test");
         EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitDir", "?"), "/data/run 7");
+
+        // A name the settings cannot keep is used all the same, and the user is told.
+        RecordingPrompts odd;
+        odd.files.push_back("/data/two\nlines.test");
+        EXPECT_EQ(d.choose(paths, odd), "/data/two\nlines.test");
+        EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitFile", "?"), "morning.test");
+        ASSERT_EQ(odd.messages.size(), 1u);
+        EXPECT_EQ(odd.messages[0].text,
+            "The name /data/two\nlines.test holds a line break, which the settings file "
+                + paths.settingsFile + " cannot keep: it will not be offered next time.");
     }
     // The log dialog's fixed terms in full.
     const FileDialogRequest &log = asked.at(0);
