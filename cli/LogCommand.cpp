@@ -6,7 +6,9 @@
 #include "runtime/NumberLocale.h"
 #include "workspace/WorkspaceModule.h"
 
-#include <QDateTime>
+#include <QDate>
+#include <QRegularExpression>
+#include <QTime>
 #include <cstdio>
 #include <iomanip>
 #include <iostream>
@@ -16,23 +18,29 @@ namespace corvalog::cli {
 
 namespace {
 
-// --start: an ISO 8601 date-time ("2026-11-15T14:03:07") as a script date.
+// --start: an ISO 8601 date and time ("2026-11-15T14:03:07", seconds and their fraction
+// optional, or a date alone) as a script date. Anything else, even with a valid date-time at
+// its start, is refused: a typo must not start a log at a time the user did not mean.
 std::optional<double> startOption(CliArgs &args)
 {
     const std::optional<std::string> text = args.take("--start");
     if (!text)
         return std::nullopt;
-    QDateTime when = QDateTime::fromString(QString::fromStdString(*text), Qt::ISODate);
-    if (!when.isValid()) {
-        const QDate day = QDate::fromString(QString::fromStdString(*text), Qt::ISODate);
-        when = QDateTime(day, QTime(0, 0));
-    }
-    if (!when.isValid() || when.date().year() < 100 || when.date().year() > 9999)
-        throw UsageError(
-            "--start: not an ISO 8601 date-time between the years 100 and 9999: " + *text);
-    const QDate d = when.date();
-    const QTime t = when.time();
-    return dateFromCivil({ d.year(), d.month(), d.day(), t.hour(), t.minute(), t.second() });
+    static const QRegularExpression iso(QStringLiteral(
+        R"(^(\d{4})-(\d{2})-(\d{2})(?:[T ](\d{2}):(\d{2})(?::(\d{2})(?:[.,](\d{1,9}))?)?)?$)"));
+    const QRegularExpressionMatch m = iso.match(QString::fromStdString(*text));
+    const auto field = [&m](int n) { return m.captured(n).toInt(); };
+    const QDate day = m.hasMatch() ? QDate(field(1), field(2), field(3)) : QDate();
+    const QTime time = m.hasMatch() ? QTime(field(4), field(5), field(6)) : QTime();
+    if (!day.isValid() || !time.isValid() || day.year() < 100)
+        throw UsageError("--start: not an ISO 8601 date-time (such as 2026-11-15T14:03:07.250) "
+                         "between the years 100 and 9999: "
+            + *text);
+    const QString fraction = m.captured(7);
+    const double seconds = fraction.isEmpty() ? 0.0 : (QStringLiteral("0.") + fraction).toDouble();
+    return dateFromCivil(
+               { day.year(), day.month(), day.day(), time.hour(), time.minute(), time.second() })
+        + seconds / 86400.0;
 }
 
 void printProgress(const HeadlessProgress &p)

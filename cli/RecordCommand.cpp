@@ -5,16 +5,30 @@
 #include "acquisition/ProviderFactory.h"
 #include "acquisition/RecordingFormat.h"
 #include "acquisition/ReplayProvider.h"
+#include "logging/LogFile.h"
 #include "runtime/Clock.h"
 #include "values/ScriptClass.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTimer>
-#include <fstream>
 #include <iostream>
 
 namespace corvalog::cli {
+
+namespace {
+
+std::string failureText(const std::string &path, const LogFile::Failure &failure)
+{
+    if (failure.readerGone)
+        return "nothing reads " + path + " any more (its reader has closed it)";
+    if (failure.interrupted)
+        return "nothing was reading " + path + " when the recording ended";
+    return path + " could not be written: " + failure.error.description + " (error "
+        + std::to_string(failure.error.number) + ")";
+}
+
+} // namespace
 
 int runRecord(CliArgs &args, std::ostream &)
 {
@@ -25,12 +39,23 @@ int runRecord(CliArgs &args, std::ostream &)
     const std::optional<double> duration = durationOption(args);
     args.positional(0);
 
-    std::ofstream file(*path, std::ios::binary | std::ios::trunc);
-    if (!file) {
-        std::cerr << "Error: cannot write " << *path << "\n";
+    catchStopSignals();
+    QElapsedTimer elapsed;
+    LogFile file;
+    // A reader that takes nothing holds the tool only until a stop or the end of the run.
+    file.setInterruption([&] {
+        return stopSignalled()
+            || (duration && elapsed.isValid() && elapsed.elapsed() >= *duration + 500);
+    });
+    if (const std::optional<FileError> error = file.open(*path)) {
+        std::cerr << "Error: cannot write " << *path << ": " << error->description << " (error "
+                  << error->number << ")\n";
         return 1;
     }
-    file << recordingHeader();
+    if (const std::optional<LogFile::Failure> failure = file.write(recordingHeader())) {
+        std::cerr << "Error: cannot write " << failureText(*path, *failure) << "\n";
+        return 1;
+    }
 
     const std::unique_ptr<QCoreApplication> application = makeCoreApplication();
     QCoreApplication &app = *application;
@@ -42,7 +67,7 @@ int runRecord(CliArgs &args, std::ostream &)
     DriverHost host([&source] { return createProvider(source); }, pump);
 
     std::uint64_t written = 0;
-    QElapsedTimer elapsed;
+    std::optional<LogFile::Failure> stopped;
     elapsed.start();
     // The tool brings the base station up exactly as the program does, without the pauses
     // that give a real driver time to let go of its port.
@@ -51,22 +76,31 @@ int runRecord(CliArgs &args, std::ostream &)
     DataProvider *driver = host.driver();
     if (!driver)
         return 1;
+    std::string lines;
+    // Each batch goes to the file in one write as it arrives, so a killed tool loses nothing it
+    // received; the first write that fails ends the recording with the file holding exactly the
+    // packets counted.
     QObject::connect(driver, &DataProvider::packetsArrived, &app, [&](const PacketBatch &batch) {
+        if (stopped)
+            return;
         const double ms = static_cast<double>(elapsed.nsecsElapsed()) / 1e6;
+        lines.clear();
         for (const PacketNotification &p : batch)
-            file << recordingLine({ ms, p });
-        file.flush(); // what was received is in the file even if the tool is killed
+            lines += recordingLine({ ms, p });
+        if ((stopped = file.write(lines))) {
+            QCoreApplication::quit();
+            return;
+        }
         written += batch.size();
     });
     if (auto *replay = dynamic_cast<ReplayProvider *>(driver))
         QObject::connect(
             replay, &ReplayProvider::finished, &app, &QCoreApplication::quit, Qt::QueuedConnection);
-    if (duration)
-        QTimer::singleShot(static_cast<int>(*duration), &app, &QCoreApplication::quit);
-    catchStopSignals();
     QTimer stopCheck;
-    QObject::connect(&stopCheck, &QTimer::timeout, &app, [] {
-        if (stopSignalled())
+    QObject::connect(&stopCheck, &QTimer::timeout, &app, [&] {
+        if (!stopped)
+            stopped = file.checkReader();
+        if (stopped || stopSignalled() || (duration && elapsed.elapsed() >= *duration))
             QCoreApplication::quit();
     });
     stopCheck.start(50);
@@ -74,10 +108,12 @@ int runRecord(CliArgs &args, std::ostream &)
 
     driver->CloseInterface();
     QCoreApplication::processEvents(); // packets already handed over still reach the file
-    file.flush();
+    file.close();
     reportSourceWarnings(*driver, handler.droppedCount(), std::cerr);
+    if (stopped)
+        std::cerr << "Error: recording stopped: " << failureText(*path, *stopped) << "\n";
     std::cerr << "Recorded " << written << " packets to " << *path << "\n";
-    return file ? 0 : 1;
+    return stopped ? 1 : 0;
 }
 
 } // namespace corvalog::cli

@@ -47,8 +47,14 @@ std::unique_ptr<QCoreApplication> makeCoreApplication()
 
 void catchStopSignals()
 {
-    std::signal(SIGINT, requestStop);
-    std::signal(SIGTERM, requestStop);
+    struct sigaction action {
+    };
+    action.sa_handler = requestStop;
+    sigemptyset(&action.sa_mask);
+    // No SA_RESTART: a call that waits is cut short, so the stop is seen at once.
+    action.sa_flags = 0;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
 }
 
 bool stopSignalled()

@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "runtime/NumberLocale.h"
 
+#include <csignal>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -70,6 +71,9 @@ const Command kCommands[] = {
 
 int main(int argc, char **argv)
 {
+    // A reader that leaves a pipe is seen as a failed write (EPIPE) and reported, not a silent
+    // end of the tool.
+    std::signal(SIGPIPE, SIG_IGN);
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--comma-decimal") == 0)

@@ -23,14 +23,25 @@ void DriverHost::release()
 
 void DriverHost::create()
 {
-    m_driver = m_factory();
+    m_creationFailure.clear();
+    try {
+        m_driver = m_factory();
+    } catch (const VbError &e) {
+        m_creationFailure = e.description();
+        throw;
+    }
     m_pump.attach(m_driver.get());
 }
 
 DataProvider &driverOf(DriverHost &host)
 {
-    if (!host.driver())
-        throw VbError(vberr::ObjectVariableNotSet);
+    if (!host.driver()) {
+        const VbError none(vberr::ObjectVariableNotSet);
+        if (host.creationFailure().empty())
+            throw none;
+        throw VbError(none.number(),
+            none.description() + " (no data provider: " + host.creationFailure() + ")");
+    }
     return *host.driver();
 }
 

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace corvalog {
 
@@ -26,15 +27,18 @@ public:
     void release();
     // Creates a new driver object and attaches it to the pump; raises what the factory raises.
     void create();
+    // Why the last creation failed ("" when it did not), for the errors of calls on nothing.
+    const std::string &creationFailure() const { return m_creationFailure; }
 
 private:
     ProviderFactory m_factory;
     PacketPump &m_pump;
     std::unique_ptr<DataProvider> m_driver;
+    std::string m_creationFailure;
 };
 
 // A call on the driver object, or error 91 (Object variable not set) when there is none, as
-// calling a method of nothing does.
+// calling a method of nothing does; its description adds why there is none.
 DataProvider &driverOf(DriverHost &host);
 
 } // namespace corvalog

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -19,9 +21,12 @@ class ReplayProvider::LineReader
 public:
     enum class Result { Line, TooLong, End };
 
-    explicit LineReader(int fd)
+    // `stopRequested` is asked whenever the reader would wait for more bytes (a pipe or FIFO
+    // whose writer is slow) and at every buffer of an endless file; true ends the reading.
+    LineReader(int fd, std::function<bool()> stopRequested)
         : m_fd(fd)
         , m_buffer(4 * kMaxLineBytes)
+        , m_stopRequested(std::move(stopRequested))
     {
     }
     ~LineReader() { ::close(m_fd); }
@@ -74,8 +79,16 @@ private:
             m_begin = 0;
         }
         for (;;) {
+            if (m_stopRequested()) {
+                m_atEnd = true;
+                return;
+            }
+            // A pipe may have nothing yet: wait a little at a time, so a stop is seen.
+            pollfd ready { m_fd, POLLIN, 0 };
+            if (::poll(&ready, 1, kWaitMs) <= 0)
+                continue;
             const ssize_t n = ::read(m_fd, m_buffer.data() + m_end, m_buffer.size() - m_end);
-            if (n < 0 && errno == EINTR)
+            if (n < 0 && (errno == EINTR || errno == EAGAIN))
                 continue;
             if (n < 0)
                 m_readError = errno;
@@ -87,8 +100,11 @@ private:
         }
     }
 
+    static constexpr int kWaitMs = 100;
+
     const int m_fd;
     std::vector<char> m_buffer;
+    std::function<bool()> m_stopRequested;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;
     bool m_atEnd = false;
@@ -98,10 +114,11 @@ private:
 
 namespace {
 
-[[noreturn]] void raiseFileError(int errnoValue, bool folderMissing = false)
+[[noreturn]] void raiseFileError(
+    const std::string &path, int errnoValue, bool folderMissing = false)
 {
     const FileError e = fileErrorFromErrno(errnoValue, folderMissing);
-    throw VbError(e.number, e.description);
+    throw VbError(e.number, "Cannot open the recording " + path + ": " + e.description);
 }
 
 bool folderOfExists(const std::string &path)
@@ -123,23 +140,28 @@ std::unique_ptr<ReplayProvider> ReplayProvider::create(const std::string &path, 
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) {
         const int e = errno;
-        raiseFileError(e, e == ENOENT && !folderOfExists(path));
+        raiseFileError(path, e, e == ENOENT && !folderOfExists(path));
     }
     struct stat st;
     if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
         ::close(fd);
-        raiseFileError(EISDIR);
+        raiseFileError(path, EISDIR);
     }
-    // Reads block from here on, on the worker; a pipe is fine as the recording is read forward.
-    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
-    return std::unique_ptr<ReplayProvider>(
-        new ReplayProvider(std::make_unique<LineReader>(fd), pacing));
+    // Read forward only, so a pipe or FIFO plays as well as a file; reads wait on poll, so a
+    // writer that goes quiet never holds a stop up.
+    return std::unique_ptr<ReplayProvider>(new ReplayProvider(fd, pacing));
 }
 
-ReplayProvider::ReplayProvider(std::unique_ptr<LineReader> reader, Pacing pacing)
+ReplayProvider::ReplayProvider(int fd, Pacing pacing)
     : m_pacing(pacing)
-    , m_reader(std::move(reader))
+    , m_reader(std::make_unique<LineReader>(
+          fd, [this] { return m_stop.load() || (m_interruption && m_interruption()); }))
 {
+}
+
+void ReplayProvider::setInterruption(std::function<bool()> interrupted)
+{
+    m_interruption = std::move(interrupted);
 }
 
 ReplayProvider::~ReplayProvider()

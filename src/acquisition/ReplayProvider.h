@@ -8,6 +8,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -61,6 +62,10 @@ public:
     // CloseInterface.
     void advanceTo(double timeMs) override;
 
+    // Asked, on the thread that plays, whenever the recording would wait for more bytes: true
+    // ends the replay there (a stop signalled to a tool playing a FIFO on virtual time).
+    void setInterruption(std::function<bool()> interrupted);
+
     // True once the last packet was handed on; safe from any thread.
     bool isFinished() const { return m_finished.load(); }
     // Packets handed on so far; safe from any thread.
@@ -81,7 +86,7 @@ signals:
 private:
     class LineReader;
 
-    ReplayProvider(std::unique_ptr<LineReader> reader, Pacing pacing);
+    ReplayProvider(int fd, Pacing pacing);
     bool peek();
     void takeInto(PacketBatch &batch);
     void keepMessage(std::uint64_t lineNumber, const std::string &reason);
@@ -104,6 +109,7 @@ private:
     std::mutex m_wakeMutex;
     std::condition_variable m_wake;
 
+    std::function<bool()> m_interruption;
     std::atomic<bool> m_finished { false };
     std::atomic<std::uint64_t> m_packets { 0 };
 };

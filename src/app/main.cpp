@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QTimer>
+#include <csignal>
 #include <cstdlib>
 
 using namespace corvalog;
@@ -34,6 +35,9 @@ protected:
 
 int main(int argc, char **argv)
 {
+    // A log written to a pipe whose reader left fails its write (and is reported) instead of
+    // ending the program.
+    std::signal(SIGPIPE, SIG_IGN);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QString::fromLatin1(kProgramName));
     QApplication::setApplicationVersion(QStringLiteral(CORVALOG_VERSION));

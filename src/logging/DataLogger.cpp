@@ -96,6 +96,7 @@ bool DataLogger::start(const std::string &path)
     }
 
     m_fileName = path;
+    m_truncationTold = false;
     const std::string label = loggingLabel(ws.LogInterval, path);
     m_ctx.view.setLogLabel(label);
     m_ctx.view.setLogLabelToolTip(label);
@@ -151,6 +152,23 @@ void DataLogger::LogTimer_Timer(std::int32_t milliseconds)
     m_ctx.host.processEvents();
     m_tickAccumulator = 0;
     m_firstRowPending = false;
+    // Told last, with every count settled: the message lets events (and further ticks) run.
+    if (m_file.takeTruncationNotice() && !m_truncationTold) {
+        m_truncationTold = true;
+        m_ctx.prompts.message(kTitle,
+            "The log file " + m_fileName
+                + " was emptied by another program while logging. Logging goes on at its new "
+                  "end; the rows written before are no longer in it.",
+            PromptIcon::Information);
+    }
+}
+
+void DataLogger::checkOutput()
+{
+    if (!isLogging())
+        return;
+    if (const std::optional<LogFile::Failure> failure = m_file.checkReader())
+        stopAndTell(*failure);
 }
 
 void DataLogger::stopAndTell(const LogFile::Failure &failure)
@@ -158,7 +176,13 @@ void DataLogger::stopAndTell(const LogFile::Failure &failure)
     const std::string path = m_fileName;
     stop();
     std::string text;
-    if (failure.removed) {
+    if (failure.readerGone) {
+        text = "Logging has stopped: nothing reads " + path
+            + " any more (its reader has closed it).";
+    } else if (failure.interrupted) {
+        text = "Logging has stopped: the row due at " + doubleText(m_elapsed)
+            + " ms could not be written, since nothing was reading " + path + ".";
+    } else if (failure.removed) {
         text = "Logging has stopped: the log file " + path
             + " was deleted, or its folder removed, while logging.";
         text += failure.rescuedTo.empty()

@@ -47,6 +47,15 @@ public:
 
     // The log timer's tick: evaluates every channel and writes one row.
     void LogTimer_Timer(std::int32_t milliseconds);
+    // Stops logging (and tells the user) when the log is a pipe whose reader has left, rather
+    // than at the next row.
+    void checkOutput();
+    // Asked while a row waits for the reader of a pipe: true gives the row up and stops logging
+    // (the user is told). Without one, a reader that takes nothing for two seconds stops it.
+    void setInterruption(std::function<bool()> interrupted)
+    {
+        m_file.setInterruption(std::move(interrupted));
+    }
 
     bool isLogging() const { return !m_fileName.empty(); }
     const std::string &logFileName() const { return m_fileName; }
@@ -71,6 +80,7 @@ private:
     std::string m_startDate;
     bool m_firstRowPending = false;
     std::uint64_t m_rows = 0;
+    bool m_truncationTold = false;
 };
 
 // Why the workspace's log interval allows no logging ("" when it does): a timer needs at

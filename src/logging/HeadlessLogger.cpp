@@ -40,8 +40,13 @@ HeadlessLogger::HeadlessLogger(
     if (m_options.virtualTime)
         m_logTimer = std::make_unique<VirtualTimer>();
     else
-        m_logTimer = std::make_unique<IntervalTimer>(
-            [this](std::int32_t ms) { m_logger->LogTimer_Timer(ms); });
+        m_logTimer = std::make_unique<IntervalTimer>([this](std::int32_t ms) {
+            if (m_rowLimit && m_logger->rowsWritten() >= *m_rowLimit)
+                return;
+            m_logger->LogTimer_Timer(ms);
+            if (m_rowLimit && m_logger->rowsWritten() >= *m_rowLimit && m_rowLimitReached)
+                m_rowLimitReached();
+        });
     m_logger = std::make_unique<DataLogger>(DataLogger::Context { m_workspace, m_values, m_engine,
                                                 *this, *this, *m_logTimer, m_clock, m_prompts },
         m_options.semicolons, m_options.rescueFolder);
@@ -108,6 +113,11 @@ bool HeadlessLogger::runVirtual(const std::function<bool()> &stopRequested,
         return false;
     }
     auto &timer = static_cast<VirtualTimer &>(*m_logTimer);
+    // Virtual time passes only as packets come, so a stop is what ends a wait for a slow
+    // writer of a FIFO, or for the reader of the log.
+    if (auto *replay = dynamic_cast<ReplayProvider *>(m_host.driver()))
+        replay->setInterruption(stopRequested);
+    m_logger->setInterruption(stopRequested);
     if (!m_logger->start(m_options.outPath))
         return false;
 
@@ -160,17 +170,37 @@ bool HeadlessLogger::runLive(const std::function<bool()> &stopRequested,
 {
     QEventLoop loop;
     bool ok = true;
+    QElapsedTimer wall;
+    const std::optional<double> duration = m_options.durationMs;
+    // Past the end, a row still due gets this long to come before the run ends without it.
+    constexpr qint64 kGraceMs = 500;
+    const auto pastEnd = [&](qint64 grace) {
+        return duration && wall.isValid()
+            && static_cast<double>(wall.elapsed()) >= *duration + static_cast<double>(grace);
+    };
+    // A row waiting for a pipe's reader is given up on a stop, or once the end is well past.
+    m_logger->setInterruption([&] { return stopRequested() || pastEnd(kGraceMs); });
+    if (duration && m_workspace.LogInterval > 0)
+        m_rowLimit = static_cast<std::uint64_t>(*duration / m_workspace.LogInterval);
+    m_rowLimitReached = [&] {
+        if (pastEnd(0) || !duration)
+            loop.quit();
+    };
+
     QTimer screen;
     screen.setTimerType(Qt::PreciseTimer);
     QObject::connect(&screen, &QTimer::timeout, [this] { screenTick(); });
     QTimer poll;
-    QElapsedTimer wall;
     qint64 lastReport = 0;
     QObject::connect(&poll, &QTimer::timeout, [&] {
-        if (stopRequested())
+        m_logger->checkOutput();
+        if (stopRequested()) {
             loop.quit();
-        else if (!m_logger->isLogging()) {
+        } else if (!m_logger->isLogging()) {
             ok = false; // a row could not be written; the user was told
+            loop.quit();
+        } else if (pastEnd(0)
+            && (!m_rowLimit || m_logger->rowsWritten() >= *m_rowLimit || pastEnd(kGraceMs))) {
             loop.quit();
         } else if (wall.elapsed() - lastReport >= 1000) {
             lastReport = wall.elapsed();
@@ -181,20 +211,16 @@ bool HeadlessLogger::runLive(const std::function<bool()> &stopRequested,
     if (auto *replay = dynamic_cast<ReplayProvider *>(m_host.driver()))
         QObject::connect(
             replay, &ReplayProvider::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
-    QTimer deadline;
-    deadline.setSingleShot(true);
-    deadline.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
 
     if (!m_logger->start(m_options.outPath))
         return false;
     wall.start();
     screen.start(kScreenIntervalMs);
     poll.start(50);
-    if (m_options.durationMs)
-        deadline.start(static_cast<int>(std::min(*m_options.durationMs, 2.0e9)));
     loop.exec();
-    return ok;
+    m_rowLimitReached = nullptr;
+    m_logger->setInterruption(stopRequested);
+    return ok && m_logger->isLogging();
 }
 
 } // namespace corvalog

@@ -14,7 +14,7 @@ namespace corvalog {
 
 struct HeadlessLogOptions {
     ProviderSource source;
-    std::string outPath;
+    std::string outPath = "/dev/stdout"; // the log as LogFile opens it
     // How long to log; without it a recording logs to its end, other sources until stopped.
     std::optional<double> durationMs;
     // Packets at their recorded instants, timers at exact multiples of their periods, the
@@ -87,6 +87,10 @@ private:
     std::unique_ptr<TickTimer> m_logTimer;
     std::unique_ptr<DataLogger> m_logger;
     std::uint64_t m_rows = 0;
+    // A live run with a duration writes exactly the rows due up to its end, as a run on
+    // virtual time does, and then ends.
+    std::optional<std::uint64_t> m_rowLimit;
+    std::function<void()> m_rowLimitReached;
 };
 
 } // namespace corvalog

@@ -100,7 +100,9 @@ TEST_F(InterfaceInitTest, EachFailingStepHasItsMessage)
     } cases[] = {
         { "no driver, USB", false, "create", 0, 1, 1, 1,
             { "Cannot create data provider COM driver!\r\nError: Invalid class string",
-                "Cannot attach to USB bus!\r\nError: Object variable not set",
+                // Every message of the cascade says why there is no driver.
+                "Cannot attach to USB bus!\r\nError: Object variable not set (no data provider: "
+                "Invalid class string)",
                 "Cannot detect basestation!" } },
         { "serial port raises", true, "OpenInterface", 0, 1, 1, 1,
             { "Cannot open COM port 3 at 115200 baud!\r\nError: Catastrophic failure" } },

@@ -5,10 +5,15 @@
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>
+#include <atomic>
 #include <chrono>
+#include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace corvalog {
@@ -149,14 +154,78 @@ TEST_F(ReplayTest, CloseInterfaceStopsAReplayForGood)
     EXPECT_EQ(provider->OpenInterface(0, 0), 1) << "a recording plays once";
 }
 
-TEST_F(ReplayTest, CreationFailsWithTheFileError)
+// A FIFO whose writer stays quiet, and a file that never ends, hold neither a close nor a stop.
+TEST_F(ReplayTest, SourcesThatNeverEndStopWhenAsked)
 {
-    try {
-        ReplayProvider::create(m_dir.filePath("missing.csv").toStdString());
-        ADD_FAILURE() << "a missing file opened";
-    } catch (const VbError &e) {
-        EXPECT_EQ(e.number(), 53);
-        EXPECT_EQ(e.description(), "File not found");
+    GuiThread gui;
+    const std::string fifo = m_dir.filePath("live").toStdString();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    const int writer = ::open(fifo.c_str(), O_RDWR | O_CLOEXEC); // held open, writing nothing more
+    ASSERT_GE(writer, 0);
+    const std::string line = "0,1,0001,5,0,-60,100,0,0\n";
+    ASSERT_EQ(::write(writer, line.data(), line.size()), static_cast<ssize_t>(line.size()));
+    const struct {
+        const char *name;
+        std::string path;
+        Pacing pacing;
+    } cases[] = {
+        { "quiet FIFO, real time", fifo, Pacing::RealTime },
+        { "endless file, real time", "/dev/zero", Pacing::RealTime },
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        auto provider = ReplayProvider::create(c.path, c.pacing);
+        ASSERT_EQ(provider->OpenInterface(0, 0), 0);
+        gui.runUntil([] { return false; }, 200ms);
+        QElapsedTimer closing;
+        closing.start();
+        provider->CloseInterface();
+        EXPECT_LT(closing.elapsed(), 500);
+    }
+
+    // On virtual time the caller's own stop is asked while the FIFO keeps quiet.
+    std::atomic<bool> stop { false };
+    auto provider = ReplayProvider::create(fifo, Pacing::Virtual);
+    provider->setInterruption([&] { return stop.load(); });
+    provider->OpenInterface(0, 0);
+    ASSERT_EQ(::write(writer, line.data(), line.size()), static_cast<ssize_t>(line.size()));
+    EXPECT_EQ(provider->nextPacketTime(), 0.0);
+    QElapsedTimer waiting;
+    waiting.start();
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(300ms);
+        stop = true;
+    });
+    provider->advanceTo(0); // plays the packet, then waits to learn whether more are due
+    EXPECT_EQ(provider->nextPacketTime(), std::nullopt);
+    stopper.join();
+    EXPECT_LT(waiting.elapsed(), 1000);
+    ::close(writer);
+}
+
+// The description names the recording and the system's reason.
+TEST_F(ReplayTest, CreationFailsNamingTheFileAndTheReason)
+{
+    const std::string missing = m_dir.filePath("missing.csv").toStdString();
+    const std::string noFolder = m_dir.filePath("none/r.csv").toStdString();
+    const std::string folder = m_dir.path().toStdString();
+    const struct {
+        std::string path;
+        int number;
+        std::string description;
+    } cases[] = {
+        { missing, 53, "Cannot open the recording " + missing + ": File not found" },
+        { noFolder, 76, "Cannot open the recording " + noFolder + ": Path not found" },
+        { folder, 75, "Cannot open the recording " + folder + ": Path/File access error" },
+    };
+    for (const auto &c : cases) {
+        try {
+            ReplayProvider::create(c.path);
+            ADD_FAILURE() << c.path << " opened";
+        } catch (const VbError &e) {
+            EXPECT_EQ(e.number(), c.number) << c.path;
+            EXPECT_EQ(e.description(), c.description);
+        }
     }
 }
 
