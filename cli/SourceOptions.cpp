@@ -1,5 +1,7 @@
 #include "SourceOptions.h"
 
+#include "acquisition/SourceLosses.h"
+
 #include <atomic>
 #include <csignal>
 
@@ -70,9 +72,8 @@ void reportSourceWarnings(const DataProvider &driver, std::uint64_t unstored, st
     if (driver.malformedCount() > messages.size())
         err << "Warning: " << driver.malformedCount() - messages.size()
             << " more malformed lines\n";
-    if (unstored > 0 || driver.droppedInInbox() > 0)
-        err << "Warning: " << unstored << " packets could not be stored, "
-            << driver.droppedInInbox() << " were dropped waiting\n";
+    for (const std::string &sentence : lossSentences(sourceLosses(driver, unstored)))
+        err << "Warning: " << sentence << "\n";
 }
 
 } // namespace corvalog::cli

@@ -26,7 +26,7 @@ void catchStopSignals();
 bool stopSignalled();
 
 // Warnings about what the source could not deliver: malformed lines, packets that could not be
-// stored or were dropped waiting.
+// stored or were dropped waiting, datagrams the system dropped.
 void reportSourceWarnings(const DataProvider &driver, std::uint64_t unstored, std::ostream &err);
 
 } // namespace corvalog::cli

@@ -26,8 +26,11 @@ class DataProvider : public QObject
     Q_OBJECT
 
 public:
-    // How many packets may wait for the GUI thread before new ones are dropped (and counted).
-    static constexpr std::size_t kInboxCapacity = 1u << 20;
+    // The most packets a second a source is rated for (a busy UDP feed or broker).
+    static constexpr std::size_t kRatedPacketRate = 50000;
+    // How many packets may wait for the GUI thread before new ones are dropped (and counted):
+    // a few seconds of the rated rate, so a stalled GUI thread costs bounded memory.
+    static constexpr std::size_t kInboxCapacity = 4 * kRatedPacketRate;
 
     explicit DataProvider(QObject *parent = nullptr);
     ~DataProvider() override;
@@ -56,6 +59,9 @@ public:
 
     // Packets dropped because the GUI thread was more than kInboxCapacity packets behind.
     std::uint64_t droppedInInbox() const { return m_dropped.load(); }
+    // Datagrams the system dropped before the provider could read them (its receive buffer
+    // was full); 0 for a source that cannot lose any that way. Safe from any thread.
+    virtual std::uint64_t droppedBySystem() const { return 0; }
     // Lines (of a recording or a datagram) that could not be read, and the reasons of the first
     // kKeptMessages ("line 17: ..."); safe from any thread.
     std::uint64_t malformedCount() const { return m_malformed.load(std::memory_order_relaxed); }

@@ -7,8 +7,10 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <linux/sock_diag.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <optional>
 #include <poll.h>
 #include <string_view>
 #include <sys/socket.h>
@@ -58,9 +60,21 @@ std::uint16_t boundPort(int socket)
     return ntohs(reinterpret_cast<const sockaddr_in &>(local).sin_port);
 }
 
+// The system's count of datagrams the socket dropped, or nothing when it cannot be asked.
+std::optional<std::uint32_t> systemDropCount(int socket)
+{
+    std::uint32_t info[SK_MEMINFO_VARS] {};
+    socklen_t length = sizeof info;
+    if (::getsockopt(socket, SOL_SOCKET, SO_MEMINFO, info, &length) != 0
+        || length < (SK_MEMINFO_DROPS + 1) * sizeof(std::uint32_t))
+        return std::nullopt;
+    return info[SK_MEMINFO_DROPS];
+}
+
 } // namespace
 
-std::unique_ptr<UdpProvider> UdpProvider::create(const std::string &host, std::uint16_t port)
+std::unique_ptr<UdpProvider> UdpProvider::create(
+    const std::string &host, std::uint16_t port, int receiveBufferBytes)
 {
     const std::string where = "udp:" + host + ":" + std::to_string(port);
     addrinfo hints {};
@@ -77,9 +91,12 @@ std::unique_ptr<UdpProvider> UdpProvider::create(const std::string &host, std::u
     if (socket.fd < 0)
         fail("Cannot open a socket for " + where, errno);
     // The forced size needs privileges; without them the system caps the plain request.
-    const int wanted = kReceiveBufferBytes;
+    const int wanted = receiveBufferBytes;
     if (::setsockopt(socket.fd, SOL_SOCKET, SO_RCVBUFFORCE, &wanted, sizeof wanted) != 0)
         ::setsockopt(socket.fd, SOL_SOCKET, SO_RCVBUF, &wanted, sizeof wanted);
+    // Each datagram read then says how many the system has dropped so far.
+    const int on = 1;
+    ::setsockopt(socket.fd, SOL_SOCKET, SO_RXQ_OVFL, &on, sizeof on);
     if (::bind(socket.fd, found->ai_addr, found->ai_addrlen) != 0)
         fail("Cannot listen on " + where, errno);
     int granted = 0;
@@ -117,6 +134,10 @@ std::int16_t UdpProvider::OpenInterface(std::int16_t, std::int32_t)
     // A closed interface hears nothing: what queued up meanwhile is stale.
     char scrap;
     for (int i = 0; i < kDiscardLimit && ::recv(m_socket, &scrap, 1, MSG_DONTWAIT) >= 0; ++i) { }
+    // Drops while closed are no loss of the open interface's.
+    const std::uint32_t drops = systemDropCount(m_socket).value_or(0);
+    m_dropsAtOpen.store(drops);
+    m_dropsSeen.store(drops);
     m_stop.store(false);
     try {
         m_worker = std::thread(&UdpProvider::run, this);
@@ -142,6 +163,8 @@ void UdpProvider::run()
 {
     using Clock = std::chrono::steady_clock;
     std::vector<char> storage(kSlots * kSlotBytes);
+    constexpr std::size_t kControlBytes = CMSG_SPACE(sizeof(std::uint32_t));
+    std::vector<char> control(kSlots * kControlBytes);
     iovec buffers[kSlots];
     mmsghdr messages[kSlots] {};
     for (unsigned i = 0; i < kSlots; ++i) {
@@ -149,6 +172,17 @@ void UdpProvider::run()
         messages[i].msg_hdr.msg_iov = &buffers[i];
         messages[i].msg_hdr.msg_iovlen = 1;
     }
+    // The system's drop count that came with the last datagram of a read.
+    const auto noteDrops = [&](const msghdr &header) {
+        for (cmsghdr *c = CMSG_FIRSTHDR(&header); c;
+             c = CMSG_NXTHDR(const_cast<msghdr *>(&header), c)) {
+            if (c->cmsg_level == SOL_SOCKET && c->cmsg_type == SO_RXQ_OVFL) {
+                std::uint32_t drops = 0;
+                std::memcpy(&drops, CMSG_DATA(c), sizeof drops);
+                m_dropsSeen.store(drops, std::memory_order_relaxed);
+            }
+        }
+    };
     pollfd watched[2] = { { m_socket, POLLIN, 0 }, { m_wake[0], POLLIN, 0 } };
 
     PacketBatch batch;
@@ -170,9 +204,14 @@ void UdpProvider::run()
         // Read until the socket is empty, looking at the clock and the stop flag between calls
         // so a flood neither delays batches nor keeps CloseInterface waiting.
         for (;;) {
+            for (unsigned i = 0; i < kSlots; ++i) {
+                messages[i].msg_hdr.msg_control = control.data() + i * kControlBytes;
+                messages[i].msg_hdr.msg_controllen = kControlBytes;
+            }
             const int count = ::recvmmsg(m_socket, messages, kSlots, MSG_DONTWAIT, nullptr);
             if (count <= 0)
                 break;
+            noteDrops(messages[count - 1].msg_hdr);
             const auto now = Clock::now();
             for (int i = 0; i < count; ++i) {
                 const bool wasEmpty = batch.empty();
@@ -192,6 +231,15 @@ void UdpProvider::run()
     }
     if (!batch.empty())
         flush();
+}
+
+std::uint64_t UdpProvider::droppedBySystem() const
+{
+    // Drops after the last datagram read come with no datagram; the system is asked for those.
+    std::uint32_t latest = m_dropsSeen.load(std::memory_order_relaxed);
+    if (const std::optional<std::uint32_t> now = systemDropCount(m_socket))
+        latest = std::max(latest, *now);
+    return static_cast<std::uint32_t>(latest - m_dropsAtOpen.load());
 }
 
 void UdpProvider::parseDatagram(const char *data, std::size_t size, PacketBatch &batch)

@@ -31,10 +31,11 @@ public:
     // The receive buffer asked of the system, so a stalled worker loses nothing for a while.
     static constexpr int kReceiveBufferBytes = 8 << 20;
 
-    // Listens on host:port (port 0: any free port); raises VbError with the system's reason when
-    // the address cannot be resolved or bound.
-    static std::unique_ptr<UdpProvider> create(
-        const std::string &host = "127.0.0.1", std::uint16_t port = 0);
+    // Listens on host:port (port 0: any free port) with a receive buffer of about that many
+    // bytes; raises VbError with the system's reason when the address cannot be resolved or
+    // bound.
+    static std::unique_ptr<UdpProvider> create(const std::string &host = "127.0.0.1",
+        std::uint16_t port = 0, int receiveBufferBytes = kReceiveBufferBytes);
     ~UdpProvider() override;
 
     // The port the socket is bound to.
@@ -43,6 +44,9 @@ public:
     int receiveBufferBytes() const { return m_receiveBuffer; }
     // Datagrams read since creation; safe from any thread.
     std::uint64_t datagramCount() const { return m_datagrams.load(std::memory_order_relaxed); }
+
+    // Counted by the system for the socket (SO_RXQ_OVFL), from OpenInterface on.
+    std::uint64_t droppedBySystem() const override;
 
     std::string name() const override { return "Corvalog UDP receiver"; }
     // Starts receiving (0); datagrams that arrived while closed are discarded.
@@ -64,6 +68,9 @@ private:
     std::atomic<bool> m_stop { false };
 
     std::atomic<std::uint64_t> m_datagrams { 0 };
+    // The system's count of datagrams dropped: when the interface opened, and the latest seen.
+    std::atomic<std::uint32_t> m_dropsAtOpen { 0 };
+    std::atomic<std::uint32_t> m_dropsSeen { 0 };
 };
 
 } // namespace corvalog

@@ -4,6 +4,7 @@
 #include "HelpTopics.h"
 #include "WorkSpaceFrm.h"
 #include "acquisition/ModuleCommands.h"
+#include "acquisition/SourceLosses.h"
 #include "displays/LCDModule.h"
 #include "displays/TableContainer.h"
 #include "logging/LogMenuActions.h"
@@ -363,6 +364,8 @@ void MainFrm::SetupDisplays()
     hooks.processEvents = [] { QApplication::processEvents(); };
     hooks.wait = m_options.busyWait;
     InterfaceInit(m_host, m_workspace, m_prompts, hooks);
+    m_unstoredAtActivation = m_handler.droppedCount();
+    m_lossTold = false;
 
     fitWindowToGrid();
 
@@ -411,6 +414,28 @@ void MainFrm::ScreenTimer_Timer()
     if (m_busy || !m_refresh)
         return;
     m_refresh->ScreenTimer_Timer();
+    tellLosses();
+}
+
+void MainFrm::tellLosses()
+{
+    const DataProvider *driver = m_host.driver();
+    if (m_lossTold || !driver)
+        return;
+    const SourceLosses losses
+        = sourceLosses(*driver, m_handler.droppedCount() - m_unstoredAtActivation);
+    if (losses.total() == 0)
+        return;
+    m_lossTold = true;
+    std::string text = "Packets from the data source were lost:";
+    for (const std::string &sentence : lossSentences(losses))
+        text += " " + sentence + ".";
+    text += " Further losses are not told until a workspace is activated again.";
+    // Told from the event loop: the message runs events, and the refresh must not run inside
+    // itself.
+    QTimer::singleShot(0, this, [this, text] {
+        m_prompts.message("Warning", text, PromptIcon::Exclamation, PromptButtons::Ok);
+    });
 }
 
 void MainFrm::closeEvent(QCloseEvent *event)

@@ -130,6 +130,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void tellLosses();
     // ReadValuesHost
     bool suppressReadingLabel() const override { return true; }
     void setReadingLabel(const std::string &text) override;
@@ -189,6 +190,9 @@ private:
     bool m_commaDecimal = false;
     bool m_workspaceChanged = false;
     bool m_busy = false;
+    // Packets lost by the source are told once per activation.
+    std::uint64_t m_unstoredAtActivation = 0;
+    bool m_lossTold = false;
     bool m_closing = false;
     bool m_unloaded = false;
 };

@@ -117,6 +117,36 @@ TEST_F(UdpReceive, SteadyRateArrivesWholeAndInOrder)
     EXPECT_EQ(handler.appliedCount(), kPackets);
 }
 
+// Datagrams the system drops when the receive buffer is full are counted by the system and
+// reported: every datagram sent either arrives or is counted.
+TEST(UdpReceiveBuffer, DatagramsTheSystemDropsAreCounted)
+{
+    GuiThread gui;
+    ManualClock clock;
+    ScriptClass tables { clock };
+    PacketHandler handler { tables };
+    PacketPump pump { handler };
+    PacketSequence sequence;
+    const std::unique_ptr<UdpProvider> provider = UdpProvider::create("127.0.0.1", 0, 1);
+    pump.attach(provider.get());
+    QObject::connect(provider.get(), &DataProvider::packetsArrived, provider.get(),
+        [&](const PacketBatch &batch) { sequence.check(batch); });
+    // Dropped while closed: not a loss of the open interface.
+    for (int i = 0; i < 200; ++i)
+        LoopbackSender::sendDatagram(provider->port(), PacketSequence::line(std::uint64_t(i)));
+    ASSERT_EQ(provider->OpenInterface(0, 0), 0);
+    EXPECT_EQ(provider->droppedBySystem(), 0u);
+
+    constexpr std::uint64_t kPackets = 20000;
+    LoopbackSender sender({ provider->port(), kPackets, 0.0, 1, 3s });
+    sender.wait();
+    gui.runUntil([&] { return sequence.received() + provider->droppedBySystem() >= kPackets; }, 3s);
+    gui.runUntil([] { return false; }, 50ms);
+    EXPECT_GT(provider->droppedBySystem(), 0u) << "a buffer this small overflows";
+    EXPECT_EQ(sequence.received() + provider->droppedBySystem(), kPackets);
+    EXPECT_EQ(provider->droppedInInbox(), 0u);
+}
+
 TEST(UdpProviderCreate, ReportsWhyItCannotListen)
 {
     const std::unique_ptr<UdpProvider> first = UdpProvider::create();

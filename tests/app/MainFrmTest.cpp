@@ -218,6 +218,37 @@ TEST_F(MainFrmActivation, PanelsFollowTheWorkspace)
     EXPECT_EQ(busyWaits, std::vector<std::int32_t>({ 1000, 500, 1000, 500, 1000, 500 }));
 }
 
+// Packets the source lost are told once an activation, from the event loop.
+TEST_F(MainFrmActivation, LostPacketsAreToldOnceAnActivation)
+{
+    ASSERT_TRUE(start());
+    window->ScreenTimer_Timer();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(prompts.messages.empty());
+    driver->systemDrops = 5;
+    window->ScreenTimer_Timer();
+    EXPECT_TRUE(prompts.messages.empty()); // not inside the refresh
+    QCoreApplication::processEvents();
+    driver->systemDrops = 9;
+    window->ScreenTimer_Timer();
+    QCoreApplication::processEvents();
+    ASSERT_EQ(prompts.messages.size(), 1u);
+    EXPECT_EQ(prompts.messages[0],
+        (RecordingPrompts::Message { "Warning",
+            "Packets from the data source were lost: 5 datagrams were dropped by the system "
+            "before they could be read (its receive buffer was full). Further losses are not "
+            "told until a workspace is activated again.",
+            PromptIcon::Exclamation, PromptButtons::Ok }));
+
+    window->SetupDisplays(); // a new activation, a new driver that has lost nothing yet
+    packet(0x10000, "1"); // a Data Tag beyond the tables cannot be stored
+    window->ScreenTimer_Timer();
+    QCoreApplication::processEvents();
+    ASSERT_EQ(prompts.messages.size(), 2u);
+    EXPECT_NE(prompts.messages[1].text.find("1 packets could not be stored, 0 were dropped"),
+        std::string::npos);
+}
+
 TEST_F(MainFrmActivation, TheWindowIsFittedAroundTheGridAtTheStoredWidth)
 {
     const std::string file = path("w.lws");

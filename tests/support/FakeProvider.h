@@ -42,6 +42,9 @@ public:
     std::int32_t SendCommand(std::uint8_t &address, std::int32_t datatag, std::uint8_t &command,
         std::string &data) override;
 
+    std::uint64_t systemDrops = 0;
+    std::uint64_t droppedBySystem() const override { return systemDrops; }
+
     // Hands packets over as a driver does (for tests of what happens to them).
     void send(PacketBatch packets) { deliver(std::move(packets)); }
 

@@ -1,0 +1,25 @@
+#include "SourceLosses.h"
+
+#include "DataProvider.h"
+
+namespace corvalog {
+
+SourceLosses sourceLosses(const DataProvider &driver, std::uint64_t unstored)
+{
+    return { unstored, driver.droppedInInbox(), driver.droppedBySystem() };
+}
+
+std::vector<std::string> lossSentences(const SourceLosses &losses)
+{
+    std::vector<std::string> sentences;
+    if (losses.unstored > 0 || losses.droppedWaiting > 0)
+        sentences.push_back(std::to_string(losses.unstored) + " packets could not be stored, "
+            + std::to_string(losses.droppedWaiting) + " were dropped waiting");
+    if (losses.droppedBySystem > 0)
+        sentences.push_back(std::to_string(losses.droppedBySystem)
+            + " datagrams were dropped by the system before they could be read (its receive "
+              "buffer was full)");
+    return sentences;
+}
+
+} // namespace corvalog

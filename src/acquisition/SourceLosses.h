@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace corvalog {
+
+class DataProvider;
+
+// What a source sent that never reached the tables: packets the tables could not store (a Data
+// Tag beyond them), packets dropped waiting for the GUI thread (a full inbox), datagrams the
+// system dropped before they could be read (a full receive buffer).
+struct SourceLosses {
+    std::uint64_t unstored = 0;
+    std::uint64_t droppedWaiting = 0;
+    std::uint64_t droppedBySystem = 0;
+
+    std::uint64_t total() const { return unstored + droppedWaiting + droppedBySystem; }
+};
+
+// The losses of a driver object, with the handler's count of packets it could not store.
+SourceLosses sourceLosses(const DataProvider &driver, std::uint64_t unstored);
+
+// One sentence for each kind of loss there was, for the user: "3 packets could not be stored,
+// 0 were dropped waiting" and "12 datagrams were dropped by the system before they could be
+// read (its receive buffer was full)".
+std::vector<std::string> lossSentences(const SourceLosses &losses);
+
+} // namespace corvalog
