@@ -7,6 +7,13 @@
 
 namespace corvalog {
 
+QIcon AppIcon()
+{
+    QIcon icon(QStringLiteral(":/icons/corvalog.svg"));
+    icon.addFile(QStringLiteral(":/icons/corvalog.png"));
+    return icon;
+}
+
 void applyAppStyle(QApplication &app)
 {
     QApplication::setStyle(QStringLiteral("Fusion"));
@@ -14,7 +21,7 @@ void applyAppStyle(QApplication &app)
     // The LCD ground: light enough for dark segments, soft enough to look lit from behind.
     palette.setColor(QPalette::Light, QColor(0xD6, 0xDB, 0xD2));
     QApplication::setPalette(palette);
-    app.setWindowIcon(QIcon(QStringLiteral(":/icons/corvalog.png")));
+    app.setWindowIcon(AppIcon());
 }
 
 } // namespace corvalog

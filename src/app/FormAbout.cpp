@@ -1,5 +1,6 @@
 #include "FormAbout.h"
 
+#include "AppStyle.h"
 #include "runtime/Format.h"
 
 #include <QApplication>
@@ -31,7 +32,7 @@ FormAbout::FormAbout(const QString &versionText, QWidget *parent)
 
     auto *image = new QLabel;
     image->setObjectName(QStringLiteral("Image1"));
-    image->setPixmap(QApplication::windowIcon().pixmap(96, 96));
+    image->setPixmap(AppIcon().pixmap(96, 96));
     auto *title = new QLabel(QApplication::applicationName());
     title->setObjectName(QStringLiteral("lblTitle"));
     QFont big = title->font();

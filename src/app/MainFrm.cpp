@@ -1,5 +1,6 @@
 #include "MainFrm.h"
 
+#include "AppStyle.h"
 #include "FormAbout.h"
 #include "HelpTopics.h"
 #include "WorkSpaceFrm.h"
@@ -246,7 +247,7 @@ bool MainFrm::Form_Load()
 
     // 2, 3. Version label and icon.
     m_vers->setText(QStringLiteral("v%1.%2.%3").arg(kMajor).arg(kMinor).arg(kRevision));
-    setWindowIcon(QApplication::windowIcon());
+    setWindowIcon(AppIcon());
 
     // 4. The user's separators, then: decimal commas in this locale?
     setNumberLocale(m_options.locale);

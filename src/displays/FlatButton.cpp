@@ -9,7 +9,7 @@ namespace corvalog {
 FlatButton::FlatButton(QWidget *parent)
     : QWidget(parent)
 {
-    // Hover is driven by plain moves, so they must arrive without a button held.
+    // Enter and Leave drive the hover; moves catch a button that appeared under the pointer.
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
@@ -69,18 +69,23 @@ QSize FlatButton::sizeHint() const
 
 void FlatButton::mouseMoveEvent(QMouseEvent *event)
 {
-    if (!isEnabled()) {
-        return;
-    }
-    if (!m_inside) {
-        // Captured so the move that leaves the button still reaches it.
-        grabMouse();
-        m_inside = true;
-        SetColor(m_hover);
-        setCursor(Qt::PointingHandCursor);
-    } else if (!rect().contains(event->position().toPoint())) {
-        leave();
-    }
+    // A move inside that came without an Enter (the button appeared under the pointer).
+    if (isEnabled() && !m_inside && rect().contains(event->position().toPoint()))
+        enter();
+}
+
+void FlatButton::enterEvent(QEnterEvent *event)
+{
+    if (isEnabled())
+        enter();
+    QWidget::enterEvent(event);
+}
+
+void FlatButton::leaveEvent(QEvent *event)
+{
+    // Also sent when a modal window opens over the button, so it never stays lit behind it.
+    leave();
+    QWidget::leaveEvent(event);
 }
 
 void FlatButton::mousePressEvent(QMouseEvent *event)
@@ -117,7 +122,7 @@ void FlatButton::paintEvent(QPaintEvent *)
 void FlatButton::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::EnabledChange) {
-        // A disabled button sees no more moves, so it must not stay captured and lit.
+        // A disabled button must not stay lit.
         if (!isEnabled()) {
             leave();
             m_pressed = false;
@@ -138,12 +143,18 @@ void FlatButton::hideEvent(QHideEvent *event)
     QWidget::hideEvent(event);
 }
 
+void FlatButton::enter()
+{
+    m_inside = true;
+    SetColor(m_hover);
+    setCursor(Qt::PointingHandCursor);
+}
+
 void FlatButton::leave()
 {
     if (!m_inside) {
         return;
     }
-    releaseMouse();
     m_inside = false;
     SetColor(m_back);
     setCursor(Qt::ArrowCursor);

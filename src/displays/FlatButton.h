@@ -6,8 +6,9 @@
 
 namespace corvalog {
 
-// A borderless button: its ground turns HoverColor while the pointer is over it (the mouse is
-// captured while inside, so leaving is always seen), with a hand cursor; the caption is centred.
+// A borderless button: its ground turns HoverColor while the pointer is over it, with a hand
+// cursor; the caption is centred. The pointer is never captured, so a window it opens takes
+// clicks at once.
 class FlatButton : public QWidget
 {
     Q_OBJECT
@@ -40,6 +41,8 @@ signals:
 
 protected:
     void mouseMoveEvent(QMouseEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
@@ -47,6 +50,7 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    void enter();
     void leave();
 
     OleColor m_back = 0x808080;

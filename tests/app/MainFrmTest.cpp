@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "app/AppStyle.h"
 #include "app/FormAbout.h"
 #include "app/HelpTopics.h"
 #include "displays/LCDModule.h"
@@ -37,6 +38,7 @@ TEST_F(MainFrmStartUp, TheLastWorkspaceComesUpLiveInANormalInstallation)
     EXPECT_TRUE(window->action("mnuopen")->isVisible());
     EXPECT_EQ(window->Disp().size(), 4u);
     EXPECT_TRUE(window->screenTimerActive());
+    EXPECT_FALSE(window->windowIcon().isNull());
     EXPECT_EQ(window->Vers()->text(),
         QStringLiteral("v%1.%2.%3")
             .arg(CORVALOG_VERSION_MAJOR)
@@ -426,6 +428,16 @@ TEST(FormAbout, TheVersionLineHasOneDecimalPerDriverVersion)
     };
     for (const auto &c : cases)
         EXPECT_EQ(versionLine(0, 1, 0, c.com, c.dll), c.expected);
+}
+
+// The icon is part of the program: no file beside it is needed.
+TEST(AppIcon, IsCompiledIntoTheProgram)
+{
+    EXPECT_FALSE(AppIcon().pixmap(32, 32).isNull());
+    FormAbout about(QStringLiteral("App: 0.1.0"));
+    const QLabel *image = about.findChild<QLabel *>(QStringLiteral("Image1"));
+    ASSERT_NE(image, nullptr);
+    EXPECT_FALSE(image->pixmap().isNull());
 }
 
 TEST(FormAbout, AnyClickOrKeyClosesIt)

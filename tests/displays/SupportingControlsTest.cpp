@@ -3,9 +3,13 @@
 #include "displays/eLCDContainer.h"
 #include "displays/eLCDText.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QImage>
+#include <QMessageBox>
 #include <QMouseEvent>
+#include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -188,11 +192,14 @@ TEST(SupportingLcdText, StateAndInverseDecideWhatIsSeen)
     }
 }
 
+// The pointer entering lights the button and leaving restores it once, whichever way it goes:
+// moved off, the button hidden, or a window opened over it. The pointer is never captured.
 TEST(SupportingFlatButton, LeavingRestoresBackColorAndArrowOnce)
 {
     constexpr OleColor back = 0x202020, hover = 0x00C000;
-    for (const QPoint exit : { QPoint(-1, 10), QPoint(10, -1), QPoint(100, 10), QPoint(10, 30) }) {
-        SCOPED_TRACE(testing::Message() << exit.x() << "," << exit.y());
+    enum class Exit { Leave, Hidden, Disabled };
+    for (const Exit exit : { Exit::Leave, Exit::Hidden, Exit::Disabled }) {
+        SCOPED_TRACE(static_cast<int>(exit));
         FlatButton button;
         button.resize(100, 30);
         button.setBackColor(back);
@@ -201,21 +208,60 @@ TEST(SupportingFlatButton, LeavingRestoresBackColorAndArrowOnce)
         CursorChanges cursor;
         button.installEventFilter(&cursor);
 
-        sendMouse(button, QEvent::MouseMove, { 10, 10 });
+        QEnterEvent enter(QPointF(10, 10), QPointF(10, 10), button.mapToGlobal(QPointF(10, 10)));
+        QApplication::sendEvent(&button, &enter);
         const int perSet = cursor.count; // Qt may announce one setCursor more than once
         sendMouse(button, QEvent::MouseMove, { 99, 29 });
         EXPECT_EQ(cursor.count, perSet);
-        EXPECT_EQ(QWidget::mouseGrabber(), &button);
+        EXPECT_EQ(QWidget::mouseGrabber(), nullptr);
         EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);
         EXPECT_EQ(pixelAt(render(button), 1, 1), hover);
 
-        sendMouse(button, QEvent::MouseMove, exit);
+        if (exit == Exit::Leave) {
+            QEvent leave(QEvent::Leave);
+            QApplication::sendEvent(&button, &leave);
+        } else if (exit == Exit::Hidden) {
+            button.hide();
+        } else {
+            button.setEnabled(false);
+        }
         EXPECT_FALSE(button.isHovered());
-        EXPECT_EQ(QWidget::mouseGrabber(), nullptr);
         EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
         EXPECT_EQ(pixelAt(render(button), 1, 1), back);
         EXPECT_EQ(cursor.count, 2 * perSet);
     }
+}
+
+// A box opened from the button takes its click at once: nothing holds the pointer.
+TEST(SupportingFlatButton, ABoxOpenedFromTheButtonTakesItsClick)
+{
+    QWidget window;
+    window.resize(300, 200);
+    auto *button = new FlatButton(&window);
+    button->setGeometry(10, 10, 100, 30);
+    button->setCaption("Zero");
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+
+    int answer = -1;
+    bool litBehindTheBox = true;
+    QWidget *grabber = button;
+    QObject::connect(button, &FlatButton::clicked, [&] {
+        QMessageBox box(QMessageBox::Information, "Tare", "Cannot tare.", QMessageBox::Ok, &window);
+        QTimer::singleShot(0, &box, [&] {
+            grabber = QWidget::mouseGrabber();
+            litBehindTheBox = button->isHovered();
+            QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
+        });
+        QTimer::singleShot(3000, &box, [&box] { box.done(QMessageBox::Cancel); }); // never hang
+        answer = box.exec();
+    });
+    QTest::mouseMove(button, QPoint(20, 15));
+    EXPECT_TRUE(button->isHovered());
+    QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(20, 15));
+    EXPECT_EQ(answer, QMessageBox::Ok);
+    EXPECT_EQ(grabber, nullptr);
+    EXPECT_FALSE(litBehindTheBox);
 }
 
 TEST(SupportingFlatButton, DisablingWhileHoveredLeavesAndGreysCaption)
@@ -234,7 +280,6 @@ TEST(SupportingFlatButton, DisablingWhileHoveredLeavesAndGreysCaption)
 
     button.setEnabled(false);
     EXPECT_FALSE(button.isHovered());
-    EXPECT_EQ(QWidget::mouseGrabber(), nullptr);
     const QImage image = render(button);
     EXPECT_EQ(pixelAt(image, 1, 1), back);
     EXPECT_GT(countPixels(image, disabled), 20);
