@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QShortcut>
 #include <QTextBrowser>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -74,6 +75,9 @@ void HelpWindow::showTopic(const QString &topic)
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(m_browser);
         m_window->resize(820, 680);
+        // Esc closes it, as it closes every dialog of the program.
+        auto *close = new QShortcut(QKeySequence(Qt::Key_Escape), m_window);
+        connect(close, &QShortcut::activated, m_window, &QWidget::close);
         connect(m_window, &QObject::destroyed, this, [this] { m_browser = nullptr; });
     } else if (m_window->parentWidget() != owner) {
         const QRect where = m_window->geometry();

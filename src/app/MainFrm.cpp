@@ -28,6 +28,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScreen>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -325,6 +326,7 @@ bool MainFrm::Form_Load()
     // 17. The calibration commands, for the word "workbay" alone.
     m_calibration->menuAction()->setVisible(
         q(m_options.commandLine).toLower() == QStringLiteral("workbay"));
+    keepMenusInView();
     return true;
 }
 
@@ -396,8 +398,24 @@ void MainFrm::fitWindowToGrid()
     m_grid->Refresh();
 
     const QSize extent = m_grid->scaleExtentTwips();
-    resize(twipsToPixels(extent.width() + 2 * border) - frameW,
+    QSize fitted(twipsToPixels(extent.width() + 2 * border) - frameW,
         twipsToPixels(extent.height() + allowance + 2 * border) - frameH);
+    // Never narrower than the menu bar (its last menus would fold away behind a button), never
+    // larger than the screen leaves room for (the grid then scrolls).
+    const int menus = keepMenusInView();
+    fitted.setWidth(qMax(fitted.width(), menus));
+    if (const QScreen *where = screen()) {
+        const QRect room = where->availableGeometry();
+        fitted = fitted.boundedTo(QSize(room.width() - frameW, room.height() - frameH));
+    }
+    resize(fitted);
+}
+
+int MainFrm::keepMenusInView()
+{
+    const int menus = menuBar()->sizeHint().width();
+    setMinimumWidth(qMax(twipsToPixels(LCDModule::kWidthTwips), menus));
+    return menus;
 }
 
 void MainFrm::SaveForm()
@@ -657,7 +675,7 @@ void MainFrm::mnuAbout_Click()
 
 void MainFrm::ImageLogo_Click()
 {
-    m_prompts.openWithSystem(kWebAddress);
+    m_prompts.openAddress(kWebAddress);
 }
 
 void MainFrm::mnuHelp_Click()

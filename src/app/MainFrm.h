@@ -147,6 +147,8 @@ private:
     void Form_Unload();
     void activate();
     void fitWindowToGrid();
+    // Keeps the window at least as wide as its menu bar; the menu bar's width.
+    int keepMenusInView();
     void panelZero(int n);
     void panelClick(int n);
     // Asks about unsaved changes before they would be lost; false to stay.

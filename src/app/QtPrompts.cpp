@@ -119,12 +119,14 @@ std::string QtPrompts::chooseFile(const FileDialogRequest &request)
     return QDir::toNativeSeparators(dialog.selectedFiles().constFirst()).toStdString();
 }
 
-bool QtPrompts::openWithSystem(const std::string &pathOrAddress)
+bool QtPrompts::openWithSystem(const std::string &path)
 {
-    const QString target = q(pathOrAddress);
-    const QUrl url
-        = target.contains(QStringLiteral("://")) ? QUrl(target) : QUrl::fromLocalFile(target);
-    return QDesktopServices::openUrl(url);
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(q(path)));
+}
+
+bool QtPrompts::openAddress(const std::string &address)
+{
+    return QDesktopServices::openUrl(QUrl(q(address)));
 }
 
 } // namespace corvalog

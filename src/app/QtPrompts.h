@@ -24,7 +24,8 @@ public:
     std::optional<std::string> input(const std::string &title, const std::string &prompt,
         const std::string &initialText) override;
     std::string chooseFile(const FileDialogRequest &request) override;
-    bool openWithSystem(const std::string &pathOrAddress) override;
+    bool openWithSystem(const std::string &path) override;
+    bool openAddress(const std::string &address) override;
 
 private:
     QWidget *m_owner;

@@ -25,6 +25,8 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -447,13 +449,32 @@ void WorkSpaceFrm::buildControls()
     buttons->addStretch(1);
     buttons->addWidget(ok);
 
+    // Everything but OK and Help scrolls, so the dialog fits any screen (1366 x 768, or a
+    // large screen at 200 %) and its buttons are always in reach.
+    auto *content = new QWidget;
+    content->setObjectName(QStringLiteral("editorContent"));
+    auto *fields = new QVBoxLayout(content);
+    fields->addLayout(general);
+    fields->addWidget(m_lv, 1);
+    fields->addWidget(m_channelBoxes);
+    m_lv->setMinimumHeight(m_lv->fontMetrics().height() * 6);
+    auto *scroll = new QScrollArea(this);
+    scroll->setObjectName(QStringLiteral("editorScroll"));
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidget(content);
+
     auto *layout = new QVBoxLayout(this);
-    layout->addLayout(general);
-    layout->addWidget(m_lv, 1);
-    layout->addWidget(m_channelBoxes);
+    layout->addWidget(scroll, 1);
     layout->addLayout(buttons);
 
-    setMinimumSize(900, 640);
+    // A comfortable size where the screen allows it.
+    const QScreen *where
+        = parentWidget() ? parentWidget()->screen() : QGuiApplication::primaryScreen();
+    QSize size(900, 640);
+    if (where)
+        size = size.boundedTo(where->availableGeometry().size() * 0.95);
+    resize(size);
 }
 
 void WorkSpaceFrm::fillLists()

@@ -7,6 +7,7 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <algorithm>
 #include <cmath>
 
 namespace corvalog {
@@ -288,9 +289,18 @@ QVariantMap LCDModule::WriteProperties() const
 
 void LCDModule::paintEvent(QPaintEvent *)
 {
-    // The bar's empty track, so a short bar reads as a level out of five.
+    // The bar's empty track, so a short bar reads as a level out of five: a shade darker than
+    // the ground it lies on, with an edge, whatever that ground is.
     QPainter p(this);
-    p.fillRect(kLqiBar, palette().color(QPalette::Mid).lighter(130));
+    const QColor ground = palette().color(backgroundRole()).toHsl();
+    const int towards = ground.lightness() > 127 ? -1 : 1;
+    const auto shade = [&](int amount) {
+        return QColor::fromHsl(ground.hslHue(), ground.hslSaturation(),
+            std::clamp(ground.lightness() + towards * amount, 0, 255));
+    };
+    p.setPen(shade(80));
+    p.setBrush(shade(35));
+    p.drawRect(kLqiBar.adjusted(0, 0, -1, -1));
 }
 
 } // namespace corvalog

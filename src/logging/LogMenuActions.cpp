@@ -46,8 +46,8 @@ void mnuViewLog(const std::string &settingsFile, UserPrompts &prompts)
         prompts.message(title, "No log file has been created yet!", PromptIcon::Information);
     else if (!FolderExists(path))
         prompts.message(title, "Cannot find file " + path + "!", PromptIcon::Information);
-    else
-        prompts.openWithSystem(path);
+    else if (!prompts.openWithSystem(path))
+        prompts.message(title, "No program could open " + path + ".", PromptIcon::Information);
 }
 
 } // namespace corvalog

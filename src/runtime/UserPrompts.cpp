@@ -38,4 +38,9 @@ bool SilentPrompts::openWithSystem(const std::string &)
     return false;
 }
 
+bool SilentPrompts::openAddress(const std::string &)
+{
+    return false;
+}
+
 } // namespace corvalog

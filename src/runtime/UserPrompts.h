@@ -41,8 +41,11 @@ public:
         = 0;
     // A file dialog: the chosen full path, or "" when cancelled.
     virtual std::string chooseFile(const FileDialogRequest &request) = 0;
-    // Opens a file or address with the program the system associates with it.
-    virtual bool openWithSystem(const std::string &pathOrAddress) = 0;
+    // Opens a local file with the program the system associates with it (a name holding "://"
+    // is a file all the same); false when no program could open it.
+    virtual bool openWithSystem(const std::string &path) = 0;
+    // Opens a web address in the user's browser; false when nothing could open it.
+    virtual bool openAddress(const std::string &address) = 0;
 };
 
 // The answer that changes nothing: Cancel where offered, else No, else Ok.
@@ -58,7 +61,8 @@ public:
     std::optional<std::string> input(const std::string &title, const std::string &prompt,
         const std::string &initialText) override;
     std::string chooseFile(const FileDialogRequest &request) override;
-    bool openWithSystem(const std::string &pathOrAddress) override;
+    bool openWithSystem(const std::string &path) override;
+    bool openAddress(const std::string &address) override;
 };
 
 } // namespace corvalog

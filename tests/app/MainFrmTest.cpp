@@ -15,6 +15,7 @@
 #include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -267,13 +268,18 @@ TEST_F(MainFrmActivation, TheWindowIsFittedAroundTheGridAtTheStoredWidth)
         QCoreApplication::processEvents();
         const QSize extent = window->grid()->scaleExtentTwips();
         EXPECT_EQ(extent.width(), c.perRow * LCDModule::kWidthTwips) << c.storedWidth;
-        // Offscreen windows have no frame: the border is 0 and the caption is the menu bar.
-        EXPECT_EQ(window->width(), twipsToPixels(extent.width()));
+        // Offscreen windows have no frame: the border is 0 and the caption is the menu bar. The
+        // menus and the screen bound the fitted size.
+        const QRect room = window->screen()->availableGeometry();
+        EXPECT_EQ(window->width(),
+            std::max(twipsToPixels(extent.width()), window->menuBar()->sizeHint().width()));
         const int menu = window->menuBar()->sizeHint().height();
-        EXPECT_EQ(window->height(), twipsToPixels(extent.height() + menu * 15 - 300));
-        // Every panel can be seen without scrolling.
+        const int fitted = twipsToPixels(extent.height() + menu * 15 - 300);
+        EXPECT_EQ(window->height(), std::min(fitted, room.height()));
+        // Every panel can be seen without scrolling, where the screen has room for them.
         auto *scroll = window->findChild<QScrollArea *>();
-        EXPECT_FALSE(scroll->verticalScrollBar()->isVisible()) << c.storedWidth;
+        EXPECT_EQ(scroll->verticalScrollBar()->isVisible(), fitted > room.height())
+            << c.storedWidth;
         // A narrower window flows the panels into fewer columns.
         window->resize(twipsToPixels(LCDModule::kWidthTwips) + 10, window->height());
         QCoreApplication::processEvents();
@@ -524,6 +530,14 @@ TEST(HelpTopics, F1OpensTheManualAtTheFocusedControlsTopic)
     ASSERT_NE(help.browser(), nullptr);
     EXPECT_EQ(help.browser()->source().fragment(), QStringLiteral("panels"));
     EXPECT_GT(help.browser()->verticalScrollBar()->value(), 0);
+
+    // Esc closes the help window.
+    QWidget *helpWindow = help.browser()->window();
+    QApplication::setActiveWindow(helpWindow);
+    help.browser()->setFocus();
+    QTest::keyClick(help.browser(), Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(help.browser(), nullptr);
 }
 
 } // namespace

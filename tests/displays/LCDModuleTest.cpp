@@ -5,6 +5,7 @@
 #include "displays/eLCDText.h"
 
 #include <QImage>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace corvalog;
@@ -30,6 +31,27 @@ TEST(LCDModule, TheBarIsTheLevelInFifthsOfTheBatteryMark)
         panel.setLQI(c.lqi);
         EXPECT_EQ(panel.LQI(), c.level) << c.lqi;
         EXPECT_EQ(panel.lqiBar()->width(), static_cast<int>(full / 5.0 * c.level)) << c.lqi;
+    }
+}
+
+// With no level the bar's empty track still shows against the ground, light or dark.
+TEST(LCDModule, TheEmptyBarStandsOutFromTheGround)
+{
+    for (const QColor ground :
+        { QColor(0xEF, 0xEF, 0xEF), QColor(0xD6, 0xDB, 0xD2), QColor(30, 30, 30) }) {
+        LCDModule panel;
+        QPalette palette = panel.palette();
+        palette.setColor(panel.backgroundRole(), ground);
+        panel.setPalette(palette);
+        panel.setAutoFillBackground(true);
+        panel.setLQI(0);
+        const QImage image = panel.grab().toImage();
+        const QRect bar = panel.lqiBar()->geometry();
+        const QColor inside = image.pixelColor(bar.x() + 20, bar.y() + bar.height() / 2);
+        const QColor outside = image.pixelColor(bar.x() + 20, bar.y() - 3);
+        EXPECT_EQ(outside, ground);
+        EXPECT_GE(std::abs(qGray(inside.rgb()) - qGray(outside.rgb())), 20)
+            << ground.name().toStdString();
     }
 }
 

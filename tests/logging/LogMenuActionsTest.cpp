@@ -7,6 +7,7 @@
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 using namespace corvalog;
 
@@ -61,23 +62,33 @@ TEST(LogMenuActions, ViewLogOpensTheLastLogOrSaysItIsGone)
     const std::string settings = dir.filePath("config.ini").toStdString();
     const std::string folder = dir.path().toStdString();
     writeFile(folder + "/today.csv", "Date,Time,Elapsed mS\r\n");
+    ::mkdir((folder + "/run:").c_str(), 0755);
+    writeFile(folder + "/run:/x.csv", "Date,Time,Elapsed mS\r\n");
     const struct {
-        const char *file; // nullptr: no log chosen yet
+        const char *folder; // nullptr: no log chosen yet
+        const char *file;
+        bool opens; // a program could open it
         std::string opened;
         std::string message;
     } cases[] = {
-        { nullptr, "/", "" }, // two empty settings join to the root folder, which exists
-        { "today.csv", folder + "/today.csv", "" },
-        { "gone.csv", "", "Cannot find file " + folder + "/gone.csv!" },
+        { nullptr, nullptr, true, "/", "" }, // two empty settings join to the root folder
+        { "", "today.csv", true, folder + "/today.csv", "" },
+        { "", "gone.csv", true, "", "Cannot find file " + folder + "/gone.csv!" },
+        // A local file even where its path looks like an address.
+        { "/run:", "/x.csv", true, folder + "/run://x.csv", "" },
+        { "", "today.csv", false, folder + "/today.csv",
+            "No program could open " + folder + "/today.csv." },
     };
     for (const auto &c : cases) {
         ::unlink(settings.c_str());
         if (c.file)
-            writeRecentFile(settings, "LogFiles", { folder, c.file });
+            writeRecentFile(settings, "LogFiles", { folder + c.folder, c.file });
         RecordingPrompts prompts;
+        prompts.opens = c.opens;
         mnuViewLog(settings, prompts);
         EXPECT_EQ(prompts.opened,
             c.opened.empty() ? std::vector<std::string> {} : std::vector { c.opened });
+        EXPECT_TRUE(prompts.addresses.empty());
         if (c.message.empty()) {
             EXPECT_TRUE(prompts.messages.empty());
         } else {

@@ -40,10 +40,16 @@ std::string RecordingPrompts::chooseFile(const FileDialogRequest &request)
     return answer;
 }
 
-bool RecordingPrompts::openWithSystem(const std::string &pathOrAddress)
+bool RecordingPrompts::openWithSystem(const std::string &path)
 {
-    opened.push_back(pathOrAddress);
-    return true;
+    opened.push_back(path);
+    return opens;
+}
+
+bool RecordingPrompts::openAddress(const std::string &address)
+{
+    addresses.push_back(address);
+    return opens;
 }
 
 } // namespace corvalog

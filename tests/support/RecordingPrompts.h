@@ -37,11 +37,14 @@ public:
     std::optional<std::string> input(const std::string &title, const std::string &prompt,
         const std::string &initialText) override;
     std::string chooseFile(const FileDialogRequest &request) override;
-    bool openWithSystem(const std::string &pathOrAddress) override;
+    bool openWithSystem(const std::string &path) override;
+    bool openAddress(const std::string &address) override;
 
     std::vector<Message> messages;
     std::vector<FileDialogRequest> fileDialogs;
-    std::vector<std::string> opened;
+    std::vector<std::string> opened; // local files
+    std::vector<std::string> addresses; // web addresses
+    bool opens = true; // whether a program could open them
     std::vector<std::string> inputPrompts;
 
     std::deque<PromptAnswer> answers;
