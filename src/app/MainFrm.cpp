@@ -432,6 +432,9 @@ void MainFrm::ScreenTimer_Timer()
     // Never over a workspace half made active.
     if (m_busy || !m_refresh)
         return;
+    // A log whose reader has left stops now, not at its next row.
+    if (m_logger)
+        m_logger->checkOutput();
     m_refresh->ScreenTimer_Timer();
     tellLosses();
 }

@@ -2,6 +2,7 @@
 
 #include "NumberLocale.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -14,10 +15,14 @@ namespace {
 DecimalDigits splitScientific(const char *first, const char *last)
 {
     DecimalDigits d;
-    const char *p = first;
-    for (; p != last && *p != 'e'; ++p) {
-        if (*p != '.')
-            d.digits += *p;
+    // "d.ddd" or "d": the point only ever follows the first digit. Appended in two pieces, as
+    // this runs for every number a panel or a log writes.
+    const char *p = std::find(first, last, 'e');
+    if (p - first >= 2 && first[1] == '.') {
+        d.digits.reserve(static_cast<std::size_t>(p - first - 1));
+        d.digits.append(first, 1).append(first + 2, p);
+    } else {
+        d.digits.assign(first, p);
     }
     if (p != last) {
         ++p;
