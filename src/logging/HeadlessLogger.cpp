@@ -183,7 +183,7 @@ bool HeadlessLogger::runLive(const std::function<bool()> &stopRequested,
     if (duration && m_workspace.LogInterval > 0)
         m_rowLimit = static_cast<std::uint64_t>(*duration / m_workspace.LogInterval);
     m_rowLimitReached = [&] {
-        if (pastEnd(0) || !duration)
+        if (pastEnd(0))
             loop.quit();
     };
 
@@ -212,9 +212,10 @@ bool HeadlessLogger::runLive(const std::function<bool()> &stopRequested,
         QObject::connect(
             replay, &ReplayProvider::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
 
+    // The run's time starts before the log is opened: a FIFO waiting for its reader counts.
+    wall.start();
     if (!m_logger->start(m_options.outPath))
         return false;
-    wall.start();
     screen.start(kScreenIntervalMs);
     poll.start(50);
     loop.exec();

@@ -119,6 +119,8 @@ std::optional<FileError> LogFile::open(const std::string &path)
                 return noReader();
             std::this_thread::sleep_for(std::chrono::milliseconds(kPollMs));
         }
+        // Ours alone: a reader that takes nothing makes a write return rather than hang.
+        ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
         m_stream = true;
         m_ownDescriptorFlags = true;
         m_fd = fd;
@@ -181,8 +183,6 @@ std::optional<LogFile::Failure> LogFile::write(
 
 std::optional<LogFile::Failure> LogFile::writeToStream(const std::string &row)
 {
-    if (m_ownDescriptorFlags)
-        ::fcntl(m_fd, F_SETFL, ::fcntl(m_fd, F_GETFL) | O_NONBLOCK);
     std::size_t done = 0;
     std::int64_t waited = 0;
     while (done < row.size()) {
