@@ -362,8 +362,6 @@ void WorkSpaceFrm::buildControls()
     m_tbTag->setProperty(kHelpTopicProperty, "expressions");
     // A workspace file gives back at most this much of a value; more would be cut on the next
     // load, changing the expression's meaning.
-    for (QLineEdit *box : { m_tbTitle, m_tbCaption, m_tbTag })
-        box->setMaxLength(static_cast<int>(kIniValueLength));
     m_normalExpression = m_tbTag->palette();
     m_tick = new QLabel(m_channelBoxes);
     named(m_tick, "Tick", "The expression is valid");
@@ -377,6 +375,10 @@ void WorkSpaceFrm::buildControls()
         "Specify display format for this channel. Use zeros and a decimal point to define the "
         "format. i.e.  00.0000");
     m_tbFormat->setProperty(kHelpTopicProperty, "number-formats");
+    // A workspace file gives back at most this much of a value; more would be cut on the next
+    // load, changing the expression's meaning.
+    for (QLineEdit *box : { m_tbTitle, m_tbCaption, m_tbTag, m_tbFormat })
+        box->setMaxLength(static_cast<int>(kIniValueLength));
     m_tbTareValue = new NumericLineEdit(m_commaDecimal, {}, m_channelBoxes);
     named(m_tbTareValue, "tbTareValue",
         "The current tare value for this channel.\nYou can set this manually or it will be "
