@@ -1,4 +1,5 @@
 #include "acquisition/PacketDecoder.h"
+#include "acquisition/PacketHandler.h"
 #include "runtime/Clock.h"
 #include "values/ScriptClass.h"
 

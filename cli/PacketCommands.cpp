@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "acquisition/PacketDecoder.h"
+#include "acquisition/PacketHandler.h"
 #include "runtime/Clock.h"
 #include "runtime/Convert.h"
 #include "values/ScriptClass.h"

@@ -62,9 +62,9 @@ int runRecord(CliArgs &args, std::ostream &)
     StderrPrompts prompts(std::cerr);
     SystemClock clock;
     auto tables = std::make_unique<ScriptClass>(clock);
-    PacketHandler handler(*tables);
+    PacketHandler handler(*tables, numberLocale());
     PacketPump pump(handler);
-    DriverHost host([&source] { return createProvider(source); }, pump);
+    DriverHost host([&source] { return createProvider(source, false, numberLocale()); }, pump);
 
     std::uint64_t written = 0;
     std::optional<LogFile::Failure> stopped;
@@ -86,7 +86,7 @@ int runRecord(CliArgs &args, std::ostream &)
         const double ms = static_cast<double>(elapsed.nsecsElapsed()) / 1e6;
         lines.clear();
         for (const PacketNotification &p : batch)
-            lines += recordingLine({ ms, p });
+            lines += recordingLine({ ms, p }, numberLocale());
         if ((stopped = file.write(lines))) {
             QCoreApplication::quit();
             return;

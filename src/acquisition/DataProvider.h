@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PacketDecoder.h"
+#include "PacketNotification.h"
 
 #include <QObject>
 #include <atomic>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DataProvider.h"
+#include "PacketHandler.h"
 
 #include <QObject>
 #include <QPointer>

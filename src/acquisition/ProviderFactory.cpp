@@ -6,7 +6,8 @@
 
 namespace corvalog {
 
-std::unique_ptr<DataProvider> createProvider(const ProviderSource &source, bool virtualTime)
+std::unique_ptr<DataProvider> createProvider(
+    const ProviderSource &source, bool virtualTime, const NumberLocale &locale)
 {
     switch (source.kind) {
     case ProviderSource::Kind::Simulated: {
@@ -17,11 +18,12 @@ std::unique_ptr<DataProvider> createProvider(const ProviderSource &source, bool 
     }
     case ProviderSource::Kind::Replay:
         return ReplayProvider::create(source.file,
-            virtualTime ? ReplayProvider::Pacing::Virtual : ReplayProvider::Pacing::RealTime);
+            virtualTime ? ReplayProvider::Pacing::Virtual : ReplayProvider::Pacing::RealTime,
+            locale);
     case ProviderSource::Kind::Udp:
         break;
     }
-    return UdpProvider::create(source.host, source.port);
+    return UdpProvider::create(source.host, source.port, UdpProvider::kReceiveBufferBytes, locale);
 }
 
 } // namespace corvalog

@@ -2,7 +2,6 @@
 
 #include "runtime/Ascii.h"
 #include "runtime/CsvField.h"
-#include "runtime/NumberLocale.h"
 
 #include <algorithm>
 #include <array>
@@ -212,11 +211,10 @@ bool isPlainDecimal(std::string_view s, char decimal)
     return i == s.size();
 }
 
-bool parseValue(std::string_view s, std::string &out)
+bool parseValue(std::string_view s, std::string &out, char decimal)
 {
     if (s.substr(0, kHexPrefix.size()) != kHexPrefix) {
         out.assign(s.data(), s.size());
-        const char decimal = numberLocale().decimal;
         if (decimal != '.' && isPlainDecimal(out, '.')) {
             const std::size_t dot = out.find('.');
             if (dot != std::string::npos)
@@ -267,9 +265,8 @@ bool writableAsText(std::string_view value, char decimal)
     return decimal == '.' || !isPlainDecimal(value, '.');
 }
 
-void appendValue(std::string &out, const std::string &value)
+void appendValue(std::string &out, const std::string &value, char decimal)
 {
-    const char decimal = numberLocale().decimal;
     if (!writableAsText(value, decimal)) {
         out += kHexPrefix;
         for (const char c : value)
@@ -296,8 +293,8 @@ std::string recordingHeader()
     return s;
 }
 
-LineKind parseRecordingLine(
-    std::string_view line, bool withTime, RecordedPacket &out, std::string &error)
+LineKind parseRecordingLine(std::string_view line, bool withTime, RecordedPacket &out,
+    std::string &error, const NumberLocale &locale)
 {
     if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
@@ -356,7 +353,7 @@ LineKind parseRecordingLine(
     }
     p.Datatag = tagValue;
 
-    if (!parseValue(at(3), p.Value)) {
+    if (!parseValue(at(3), p.Value, locale.decimal)) {
         error = fieldError(3, at(3), "is not hex: and pairs of hexadecimal digits");
         return LineKind::Malformed;
     }
@@ -394,7 +391,7 @@ std::string recordingTime(double timeMs)
     return s;
 }
 
-std::string recordingLine(const RecordedPacket &packet)
+std::string recordingLine(const RecordedPacket &packet, const NumberLocale &locale)
 {
     const PacketNotification &p = packet.packet;
     std::string out;
@@ -414,7 +411,7 @@ std::string recordingLine(const RecordedPacket &packet)
             appendHexByte(out, static_cast<unsigned char>(bits >> shift));
     }
     out += ',';
-    appendValue(out, p.Value);
+    appendValue(out, p.Value, locale.decimal);
     for (const std::int16_t word : { p.Status, p.RSSI, p.CV, p.BattLow, p.Error }) {
         out += ',';
         appendInt(out, word);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "PacketDecoder.h"
+#include "PacketNotification.h"
+#include "runtime/NumberLocale.h"
 
 #include <string>
 #include <string_view>
@@ -27,15 +28,15 @@ enum class LineKind { Packet, Skip, Malformed };
 // a non-negative decimal, kept to the thousandth; a data tag is one to four hex digits, either
 // case; a value is the driver's text or "hex:" and byte pairs; batt_low and error are 16-bit
 // words, -32768 to 65535. Numeric value text is written with "." and handed on with the
-// process locale's decimal separator, so recordings replay the same in every locale.
-LineKind parseRecordingLine(
-    std::string_view line, bool withTime, RecordedPacket &out, std::string &error);
+// locale's decimal separator, so recordings replay the same in every locale.
+LineKind parseRecordingLine(std::string_view line, bool withTime, RecordedPacket &out,
+    std::string &error, const NumberLocale &locale = {});
 
 // The line for a packet, ended by "\n": time as recordingTime writes it, tag as four upper-case
 // hex digits (eight for a tag outside 0 to 65535, so reading reports it), value as text (quoted
-// when it must be; decimal separator written as ".") or as "hex:" when it holds bytes that are
-// not printable text, would not read back as itself, or is a raw 117-byte record.
-std::string recordingLine(const RecordedPacket &packet);
+// when it must be; the locale's decimal separator written as ".") or as "hex:" when it holds
+// bytes that are not printable text, would not read back as itself, or is a raw 117-byte record.
+std::string recordingLine(const RecordedPacket &packet, const NumberLocale &locale = {});
 
 // Milliseconds as a recording writes them: rounded to the thousandth, no trailing zeros ("40",
 // "40.5", "40.125"); negative and NaN times as "0".

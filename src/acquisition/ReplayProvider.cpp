@@ -1,7 +1,7 @@
 #include "ReplayProvider.h"
 
+#include "runtime/FileError.h"
 #include "runtime/VbError.h"
-#include "workspace/IniFile.h"
 
 #include <cerrno>
 #include <cstring>
@@ -114,25 +114,16 @@ private:
 
 namespace {
 
-[[noreturn]] void raiseFileError(
-    const std::string &path, int errnoValue, bool folderMissing = false)
+[[noreturn]] void raiseFileError(const std::string &path, int errnoValue)
 {
-    const FileError e = fileErrorFromErrno(errnoValue, folderMissing);
+    const FileError e = fileErrorForPath(errnoValue, path);
     throw VbError(e.number, "Cannot open the recording " + path + ": " + e.description);
-}
-
-bool folderOfExists(const std::string &path)
-{
-    const std::size_t slash = path.find_last_of('/');
-    const std::string folder
-        = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
-    struct stat st;
-    return ::stat(folder.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
 } // namespace
 
-std::unique_ptr<ReplayProvider> ReplayProvider::create(const std::string &path, Pacing pacing)
+std::unique_ptr<ReplayProvider> ReplayProvider::create(
+    const std::string &path, Pacing pacing, const NumberLocale &locale)
 {
     if (path.empty())
         throw VbError(vberr::BadFileName);
@@ -140,7 +131,7 @@ std::unique_ptr<ReplayProvider> ReplayProvider::create(const std::string &path, 
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) {
         const int e = errno;
-        raiseFileError(path, e, e == ENOENT && !folderOfExists(path));
+        raiseFileError(path, e);
     }
     struct stat st;
     if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
@@ -149,11 +140,12 @@ std::unique_ptr<ReplayProvider> ReplayProvider::create(const std::string &path, 
     }
     // Read forward only, so a pipe or FIFO plays as well as a file; reads wait on poll, so a
     // writer that goes quiet never holds a stop up.
-    return std::unique_ptr<ReplayProvider>(new ReplayProvider(fd, pacing));
+    return std::unique_ptr<ReplayProvider>(new ReplayProvider(fd, pacing, locale));
 }
 
-ReplayProvider::ReplayProvider(int fd, Pacing pacing)
+ReplayProvider::ReplayProvider(int fd, Pacing pacing, const NumberLocale &locale)
     : m_pacing(pacing)
+    , m_locale(locale)
     , m_reader(std::make_unique<LineReader>(
           fd, [this] { return m_stop.load() || (m_interruption && m_interruption()); }))
 {
@@ -214,7 +206,7 @@ bool ReplayProvider::peek()
             keepMessage(m_lineNumber, "longer than " + std::to_string(kMaxLineBytes) + " bytes");
             continue;
         }
-        switch (parseRecordingLine(line, true, m_next, m_error)) {
+        switch (parseRecordingLine(line, true, m_next, m_error, m_locale)) {
         case LineKind::Skip:
             break;
         case LineKind::Malformed:

@@ -49,7 +49,7 @@ public:
     // Opens a recording to play with the given pacing; raises VbError with the file error
     // number and description (53 "File not found", 70 "Permission denied", ...) when it cannot.
     static std::unique_ptr<ReplayProvider> create(
-        const std::string &path, Pacing pacing = Pacing::RealTime);
+        const std::string &path, Pacing pacing = Pacing::RealTime, const NumberLocale &locale = {});
     ~ReplayProvider() override;
 
     Pacing pacing() const { return m_pacing; }
@@ -86,13 +86,14 @@ signals:
 private:
     class LineReader;
 
-    ReplayProvider(int fd, Pacing pacing);
+    ReplayProvider(int fd, Pacing pacing, const NumberLocale &locale);
     bool peek();
     void takeInto(PacketBatch &batch);
     void keepMessage(std::uint64_t lineNumber, const std::string &reason);
     void run();
 
     const Pacing m_pacing;
+    const NumberLocale m_locale; // of the value texts handed on
     // Read only by the thread that plays: the worker in real time, the caller in virtual time.
     std::unique_ptr<LineReader> m_reader;
     RecordedPacket m_next;

@@ -74,7 +74,7 @@ std::optional<std::uint32_t> systemDropCount(int socket)
 } // namespace
 
 std::unique_ptr<UdpProvider> UdpProvider::create(
-    const std::string &host, std::uint16_t port, int receiveBufferBytes)
+    const std::string &host, std::uint16_t port, int receiveBufferBytes, const NumberLocale &locale)
 {
     const std::string where = "udp:" + host + ":" + std::to_string(port);
     addrinfo hints {};
@@ -108,13 +108,15 @@ std::unique_ptr<UdpProvider> UdpProvider::create(
         fail("Cannot create the receiver's wake-up pipe", errno);
     const std::uint16_t bound = boundPort(socket.fd);
     return std::unique_ptr<UdpProvider>(
-        new UdpProvider(socket.release(), pipeEnds, bound, granted));
+        new UdpProvider(socket.release(), pipeEnds, bound, granted, locale));
 }
 
-UdpProvider::UdpProvider(int socket, const int wake[2], std::uint16_t port, int receiveBuffer)
+UdpProvider::UdpProvider(int socket, const int wake[2], std::uint16_t port, int receiveBuffer,
+    const NumberLocale &locale)
     : m_socket(socket)
     , m_port(port)
     , m_receiveBuffer(receiveBuffer)
+    , m_locale(locale)
     , m_wake { wake[0], wake[1] }
 {
 }
@@ -254,7 +256,7 @@ void UdpProvider::parseDatagram(const char *data, std::size_t size, PacketBatch 
         if (!line.empty() && line.back() == '\r')
             line.remove_suffix(1);
         RecordedPacket packet;
-        switch (parseRecordingLine(line, false, packet, error)) {
+        switch (parseRecordingLine(line, false, packet, error, m_locale)) {
         case LineKind::Packet:
             batch.push_back(std::move(packet.packet));
             break;

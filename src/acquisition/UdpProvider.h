@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ReceiveOnlyProvider.h"
+#include "runtime/NumberLocale.h"
 
 #include <array>
 #include <atomic>
@@ -35,7 +36,8 @@ public:
     // bytes; raises VbError with the system's reason when the address cannot be resolved or
     // bound.
     static std::unique_ptr<UdpProvider> create(const std::string &host = "127.0.0.1",
-        std::uint16_t port = 0, int receiveBufferBytes = kReceiveBufferBytes);
+        std::uint16_t port = 0, int receiveBufferBytes = kReceiveBufferBytes,
+        const NumberLocale &locale = {});
     ~UdpProvider() override;
 
     // The port the socket is bound to.
@@ -55,7 +57,8 @@ public:
     void CloseInterface() override;
 
 private:
-    UdpProvider(int socket, const int wake[2], std::uint16_t port, int receiveBuffer);
+    UdpProvider(int socket, const int wake[2], std::uint16_t port, int receiveBuffer,
+        const NumberLocale &locale);
     void run();
     void parseDatagram(const char *data, std::size_t size, PacketBatch &batch);
     void noteMalformed(std::uint64_t datagram, std::size_t line, const std::string &reason);
@@ -63,6 +66,7 @@ private:
     const int m_socket;
     const std::uint16_t m_port;
     const int m_receiveBuffer;
+    const NumberLocale m_locale; // of the value texts handed on
     int m_wake[2] = { -1, -1 }; // a byte written here interrupts the worker's poll
     std::thread m_worker;
     std::atomic<bool> m_stop { false };

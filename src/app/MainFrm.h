@@ -4,7 +4,7 @@
 #include "StatusFrm.h"
 #include "acquisition/DriverHost.h"
 #include "acquisition/InterfaceInit.h"
-#include "acquisition/PacketDecoder.h"
+#include "acquisition/PacketHandler.h"
 #include "displays/DisplayRefresh.h"
 #include "displays/FlashPhase.h"
 #include "logging/IntervalTimer.h"

@@ -34,7 +34,7 @@ ProviderFactory providerFactoryFor(const std::string &sourceText)
     }
     return [source = *source, sourceText]() -> std::unique_ptr<DataProvider> {
         try {
-            return createProvider(source);
+            return createProvider(source, false, numberLocale());
         } catch (const VbError &e) {
             throw VbError(
                 e.number(), providerName(source) + " (" + sourceText + "): " + e.description());

@@ -1,6 +1,6 @@
 #include "StatusFrm.h"
 
-#include "displays/OleColor.h"
+#include "displays/Twips.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -14,11 +14,6 @@ namespace {
 constexpr int kWidthPx = 420;
 constexpr int kMarginPx = 12;
 constexpr int kLabelTopPx = 8;
-
-int twips(int t)
-{
-    return (t + kTwipsPerPixel / 2) / kTwipsPerPixel;
-}
 
 } // namespace
 
@@ -62,8 +57,9 @@ void StatusFrm::ShowMessage(const std::string &message, const std::string &title
     const int labelWidth = kWidthPx - 2 * kMarginPx;
     const int labelHeight = m_label->heightForWidth(labelWidth);
     m_label->resize(labelWidth, labelHeight);
-    m_button->move((kWidthPx - m_button->width()) / 2, kLabelTopPx + labelHeight + twips(160));
-    setFixedHeight(kLabelTopPx + labelHeight + m_button->height() + twips(500));
+    m_button->move(
+        (kWidthPx - m_button->width()) / 2, kLabelTopPx + labelHeight + twipsToPixels(160));
+    setFixedHeight(kLabelTopPx + labelHeight + m_button->height() + twipsToPixels(500));
 
     if (!isVisible())
         show();

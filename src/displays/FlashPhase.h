@@ -1,12 +1,11 @@
 #pragma once
 
 #include <QObject>
-#include <QString>
 
 namespace corvalog {
 
-// The shared blink phase ("0" or "1") that every flashing panel follows, so all of them blink
-// in step. Each change is announced to every observer.
+// The shared blink phase that every flashing panel follows, so all of them blink in step: on
+// (the red half of the cycle) or off. Each change is announced to every observer.
 class FlashPhase : public QObject
 {
     Q_OBJECT
@@ -17,24 +16,22 @@ public:
     {
     }
 
-    const QString &caption() const { return m_caption; }
-    void setCaption(const QString &caption)
+    bool isOn() const { return m_on; }
+    void setOn(bool on)
     {
-        if (caption == m_caption)
+        if (on == m_on)
             return;
-        m_caption = caption;
+        m_on = on;
         emit changed();
     }
-    // The flash timer's tick: a non-zero phase becomes "0", any other "1".
-    void toggle();
-    // True in the red half of the cycle (the caption's numeric value is not zero).
-    bool isOn() const;
+    // The flash timer's tick.
+    void toggle() { setOn(!m_on); }
 
 signals:
     void changed();
 
 private:
-    QString m_caption = QStringLiteral("0");
+    bool m_on = false;
 };
 
 } // namespace corvalog

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OleColor.h"
+#include "Twips.h"
 
 #include <QWidget>
 

@@ -118,7 +118,13 @@ LCDModule::LCDModule(QWidget *parent)
 
     connect(m_button, &FlatButton::clicked, this, &LCDModule::Zero);
     connect(m_lcd, &eLCD::Click, this, &LCDModule::Click);
-    ReadProperties({});
+    // The designer's starting state; the refresh writes the real one on its first tick.
+    setBackColor(0);
+    setForeColor(kWhite);
+    m_title->setText(QStringLiteral("Label1"));
+    m_lcd->setCaption(QStringLiteral("12345678"));
+    m_lcd->setDigits(8);
+    m_button->setCaption(QStringLiteral("Zero"));
 }
 
 void LCDModule::InitFlashLabel(FlashPhase *phase)
@@ -142,7 +148,6 @@ void LCDModule::setNumberColours(OleColor colour, bool withTextOffColour)
 
 void LCDModule::setBackColor(OleColor colour)
 {
-    m_changed = true;
     m_backColour = colour;
     if (!m_flashMode && m_lcd->BackColor() != m_backColour)
         setNumberColours(m_backColour, true);
@@ -162,7 +167,6 @@ OleColor LCDModule::ForeColor() const
 
 void LCDModule::setForeColor(OleColor colour)
 {
-    m_changed = true;
     m_lcd->setOnColor(colour);
     m_net->setOnColor(colour);
 }
@@ -174,7 +178,6 @@ QString LCDModule::Title() const
 
 void LCDModule::setTitle(const QString &title)
 {
-    m_changed = true;
     m_title->setText(title);
 }
 
@@ -185,7 +188,6 @@ QString LCDModule::Value() const
 
 void LCDModule::setValue(const QString &value)
 {
-    m_changed = true;
     m_lcd->setCaption(value);
 }
 
@@ -196,13 +198,11 @@ int LCDModule::Digits() const
 
 void LCDModule::setDigits(int digits)
 {
-    m_changed = true;
     m_lcd->setDigits(digits);
 }
 
 void LCDModule::setFlashMode(bool flash)
 {
-    m_changed = true;
     m_flashMode = flash; // the next phase or BackColor write shows it
 }
 
@@ -213,7 +213,6 @@ QString LCDModule::BtnCaption() const
 
 void LCDModule::setBtnCaption(const QString &caption)
 {
-    m_changed = true;
     m_button->setCaption(caption);
 }
 
@@ -224,14 +223,12 @@ bool LCDModule::NetInd() const
 
 void LCDModule::setNetInd(bool tared)
 {
-    m_changed = true;
     m_net->setVisible(tared);
     m_net->setState(true);
 }
 
 void LCDModule::setLQI(float percent)
 {
-    m_changed = true;
     const double level = std::floor((static_cast<double>(percent) - 1.0) / 20.0) + 1.0;
     if (!std::isfinite(level))
         return; // a value no bar can show leaves the bar as it is
@@ -246,45 +243,11 @@ void LCDModule::setLQI(float percent)
 
 void LCDModule::setLoBatt(bool low)
 {
-    m_changed = true;
     m_lowBattery = low;
     if (low && m_battLow->isHidden())
         m_battLow->show();
     else if (!low && !m_battLow->isHidden())
         m_battLow->hide();
-}
-
-void LCDModule::ReadProperties(const QVariantMap &bag)
-{
-    setBackColor(bag.value(QStringLiteral("BackColor"), 0).toUInt());
-    setForeColor(bag.value(QStringLiteral("ForeColor"), 16777215).toUInt());
-    m_title->setText(bag.value(QStringLiteral("Title"), QStringLiteral("Label1")).toString());
-    m_lcd->setCaption(bag.value(QStringLiteral("Value"), QStringLiteral("12345678")).toString());
-    m_lcd->setDigits(bag.value(QStringLiteral("Digits"), 8).toInt());
-    m_flashMode = bag.value(QStringLiteral("FlashMode"), false).toBool();
-    m_button->setCaption(
-        bag.value(QStringLiteral("BtnCaption"), QStringLiteral("Zero")).toString());
-    // Loading sets the marker's state, not whether it shows (the writer does both).
-    m_net->setState(bag.value(QStringLiteral("NetInd"), false).toBool());
-    m_level = bag.value(QStringLiteral("LQI"), 0).toFloat();
-    m_lowBattery = bag.value(QStringLiteral("LoBatt"), false).toBool();
-    m_changed = false;
-}
-
-QVariantMap LCDModule::WriteProperties() const
-{
-    return {
-        { QStringLiteral("BackColor"), m_backColour },
-        { QStringLiteral("ForeColor"), ForeColor() },
-        { QStringLiteral("Title"), Title() },
-        { QStringLiteral("Value"), Value() },
-        { QStringLiteral("Digits"), Digits() },
-        { QStringLiteral("FlashMode"), m_flashMode },
-        { QStringLiteral("BtnCaption"), BtnCaption() },
-        { QStringLiteral("NetInd"), NetInd() },
-        { QStringLiteral("LQI"), m_level },
-        { QStringLiteral("LoBatt"), m_lowBattery },
-    };
 }
 
 void LCDModule::paintEvent(QPaintEvent *)

@@ -2,10 +2,10 @@
 
 #include "FlashPhase.h"
 #include "OleColor.h"
+#include "Twips.h"
 
 #include <QLabel>
 #include <QPointer>
-#include <QVariantMap>
 #include <QWidget>
 
 namespace corvalog {
@@ -55,13 +55,6 @@ public:
     bool LoBatt() const { return m_lowBattery; }
     void setLoBatt(bool low);
 
-    // The persisted properties: "BackColor", "ForeColor", "Title", "Value", "Digits",
-    // "FlashMode", "BtnCaption", "NetInd", "LQI", "LoBatt"; absent keys take their defaults.
-    void ReadProperties(const QVariantMap &bag);
-    QVariantMap WriteProperties() const;
-    // True once a property writer ran since the last ReadProperties.
-    bool propertiesChanged() const { return m_changed; }
-
     // The constituents, for the window's tests and the status of each part.
     eLCD *number() const { return m_lcd; }
     eLCDText *netIndicator() const { return m_net; }
@@ -95,7 +88,6 @@ private:
     bool m_flashMode = false;
     OleColor m_backColour = 0;
     QPointer<FlashPhase> m_phase;
-    bool m_changed = false;
 };
 
 } // namespace corvalog

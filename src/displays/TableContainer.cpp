@@ -1,6 +1,6 @@
 #include "TableContainer.h"
 
-#include "OleColor.h"
+#include "Twips.h"
 
 #include <QApplication>
 #include <QPointer>

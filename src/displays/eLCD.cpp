@@ -111,8 +111,8 @@ int eLCD::strokeWidth(double referenceTwips)
 QSize eLCD::sizeHint() const
 {
     const int cells = std::max(m_digits, 1);
-    return { static_cast<int>(cells * kCellTwips - kLeft + kRightOverhang) / kTwipsPerPixel,
-        static_cast<int>(kHeight) / kTwipsPerPixel };
+    return { twipsToPixels(static_cast<int>(cells * kCellTwips - kLeft + kRightOverhang)),
+        twipsToPixels(static_cast<int>(kHeight)) };
 }
 
 void eLCD::paintEvent(QPaintEvent *)
@@ -158,12 +158,6 @@ void eLCD::mouseReleaseEvent(QMouseEvent *event)
     if (m_pressed && event->button() == Qt::LeftButton && rect().contains(event->pos()))
         emit Click();
     m_pressed = false;
-}
-
-void eLCD::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    if (event->button() == Qt::LeftButton)
-        emit DblClick();
 }
 
 } // namespace corvalog

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "OleColor.h"
+#include "LcdColours.h"
 #include "SegmentCode.h"
+#include "Twips.h"
 
 #include <QWidget>
 
@@ -39,14 +40,12 @@ public:
 
 signals:
     void Click();
-    void DblClick();
 
 protected:
     void coloursChanged() override;
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
-    void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
     QString m_caption = QStringLiteral("12345678");

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "OleColor.h"
+#include "LcdColours.h"
+#include "Twips.h"
 
 #include <QLabel>
 #include <QWidget>

@@ -161,9 +161,9 @@ int gallery(QApplication &app, const QString &screenshot)
     layout->addWidget(schemes(), 3, 1);
     layout->addWidget(buttons(), 4, 1, Qt::AlignTop);
     window.show();
-    red.setCaption(QStringLiteral("1"));
-    normal.setCaption(QStringLiteral("1"));
-    normal.setCaption(QStringLiteral("0"));
+    red.setOn(true);
+    normal.setOn(true);
+    normal.setOn(false);
     // Hover the middle button, as a pointer would.
     if (auto *hover = window.findChild<FlatButton *>(QStringLiteral("Hover"))) {
         QMouseEvent move(QEvent::MouseMove, QPointF(10, 10), hover->mapToGlobal(QPointF(10, 10)),

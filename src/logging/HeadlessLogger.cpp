@@ -33,9 +33,13 @@ HeadlessLogger::HeadlessLogger(
     , m_clock(m_options.virtualTime ? static_cast<const Clock &>(m_virtualClock) : m_systemClock)
     , m_tables(std::make_unique<ScriptClass>(m_clock))
     , m_engine(*m_tables)
-    , m_handler(*m_tables)
+    , m_handler(*m_tables, numberLocale())
     , m_pump(m_handler)
-    , m_host([this] { return createProvider(m_options.source, m_options.virtualTime); }, m_pump)
+    , m_host(
+          [this] {
+              return createProvider(m_options.source, m_options.virtualTime, numberLocale());
+          },
+          m_pump)
 {
     if (m_options.virtualTime)
         m_logTimer = std::make_unique<VirtualTimer>();

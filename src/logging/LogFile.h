@@ -1,6 +1,6 @@
 #pragma once
 
-#include "workspace/IniFile.h"
+#include "runtime/FileError.h"
 
 #include <cstdint>
 #include <functional>

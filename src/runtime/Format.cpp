@@ -93,11 +93,6 @@ struct CompiledFormat {
     std::array<Section, 4> sections;
 };
 
-char upper(char c)
-{
-    return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 bool startsWithNoCase(std::string_view s, std::size_t i, std::string_view word)
 {
     return s.size() - i >= word.size() && equalsIgnoringCase(s.substr(i, word.size()), word);
@@ -983,7 +978,7 @@ std::string formatText(const CompiledFormat &fmt, const std::string &text)
         const std::size_t len = std::min(utf8Length(text[src]), text.size() - src);
         for (std::size_t k = 0; k < len; ++k) {
             const char c = text[src + k];
-            out += toUpper ? upper(c) : toLower ? asciiLower(c) : c;
+            out += toUpper ? asciiUpper(c) : toLower ? asciiLower(c) : c;
         }
         src += len;
     };

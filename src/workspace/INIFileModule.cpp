@@ -45,7 +45,6 @@ struct CachedFile {
 };
 
 // The module is used from one thread (the settings and workspace code run on the GUI thread).
-std::string g_lastKey;
 std::vector<CachedFile> g_cache;
 unsigned long long g_useCounter = 0;
 
@@ -62,13 +61,8 @@ bool stampOf(const std::string &path, FileStamp &stamp)
     stamp.device = st.st_dev;
     stamp.inode = st.st_ino;
     stamp.size = st.st_size;
-#ifdef __APPLE__
-    stamp.modified = nanoseconds(st.st_mtimespec);
-    stamp.changed = nanoseconds(st.st_ctimespec);
-#else
     stamp.modified = nanoseconds(st.st_mtim);
     stamp.changed = nanoseconds(st.st_ctim);
-#endif
     return true;
 }
 
@@ -179,7 +173,6 @@ std::string readIniValue(const IniDocument &document, std::string_view Section,
 std::string ReadINI(const std::string &FileName, std::string_view Section, std::string_view Key,
     std::string_view Default)
 {
-    g_lastKey = std::string(Key);
     std::optional<IniDocument> scratch;
     if (const IniDocument *document = documentOf(FileName, scratch))
         return readIniValue(*document, Section, Key, Default);
@@ -189,7 +182,6 @@ std::string ReadINI(const std::string &FileName, std::string_view Section, std::
 bool WriteINI(const std::string &FileName, std::string_view Section, std::string_view Key,
     std::string_view Value)
 {
-    g_lastKey = std::string(Key);
     // A line break would end the line there and let the rest be read as more keys; the
     // platform writes it raw, this refuses it.
     if (hasLineBreak(Section) || hasLineBreak(Key) || hasLineBreak(Value))
@@ -217,11 +209,6 @@ bool WriteINI(const std::string &FileName, std::string_view Section, std::string
     if (stampOf(FileName, stamp) && stamp.size <= kMaxCachedBytes)
         remember(FileName, stamp, std::move(document));
     return true;
-}
-
-const std::string &lastIniKey()
-{
-    return g_lastKey;
 }
 
 } // namespace corvalog

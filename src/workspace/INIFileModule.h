@@ -32,7 +32,4 @@ bool hasLineBreak(std::string_view text);
 std::string readIniValue(const IniDocument &document, std::string_view Section,
     std::string_view Key, std::string_view Default);
 
-// The last key name ReadINI or WriteINI was given.
-const std::string &lastIniKey();
-
 } // namespace corvalog

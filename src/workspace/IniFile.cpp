@@ -39,19 +39,7 @@ std::string parentFolder(const std::string &path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-bool folderExists(const std::string &path)
-{
-    struct stat st;
-    return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 } // namespace
-
-FileError fileErrorForPath(int errnoValue, const std::string &path)
-{
-    const bool folderMissing = errnoValue == ENOENT && !folderExists(parentFolder(path));
-    return fileErrorFromErrno(errnoValue, folderMissing);
-}
 
 namespace {
 
@@ -106,44 +94,6 @@ void removeAbandonedTemporaries(const std::string &folder, const std::string &ba
 }
 
 } // namespace
-
-FileError fileErrorFromErrno(int errnoValue, bool isFolderOperation)
-{
-    switch (errnoValue) {
-    case ENOENT:
-        return isFolderOperation ? makeError(76) : makeError(53);
-    case ENOTDIR:
-        return makeError(76);
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        return makeError(70);
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-        return makeError(61);
-    case EEXIST:
-        // MkDir on an existing folder is an access error, not "already exists".
-        return isFolderOperation ? makeError(75) : makeError(58);
-    case EMFILE:
-    case ENFILE:
-        return makeError(67);
-    case ENAMETOOLONG:
-    case EINVAL:
-        return makeError(52);
-    case EIO:
-        return makeError(57);
-    case ENXIO:
-    case ENODEV:
-        return makeError(68);
-    case ENOMEM:
-        return makeError(7);
-    case EXDEV:
-        return makeError(74);
-    default: // EISDIR, ENOTEMPTY, EBUSY, ELOOP, ...
-        return makeError(75);
-    }
-}
 
 std::optional<IniDocument> loadIniFile(const std::string &path, FileError *error)
 {

@@ -3,6 +3,7 @@
 #include "INIFileModule.h"
 #include "IniFile.h"
 #include "Settings.h"
+#include "runtime/Ascii.h"
 #include "runtime/Convert.h"
 #include "runtime/NumberText.h"
 #include "runtime/VbError.h"
@@ -69,8 +70,7 @@ std::string replaceAll(std::string text, const std::string &from, const std::str
 
 std::string upper(std::string s)
 {
-    for (char &c : s)
-        c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+    std::transform(s.begin(), s.end(), s.begin(), asciiUpper);
     return s;
 }
 

@@ -1,5 +1,6 @@
 #include "acquisition/PacketDecoder.h"
 
+#include "acquisition/PacketHandler.h"
 #include "runtime/Clock.h"
 #include "runtime/NumberLocale.h"
 #include "runtime/VbError.h"
@@ -132,11 +133,13 @@ TEST_F(PacketHandlerTest, ValueOf117BytesIsABinaryRecord)
     EXPECT_EQ(handler.appliedCount(), 3u);
 }
 
-TEST_F(PacketHandlerTest, DecimalTextFollowsTheLocale)
+TEST_F(PacketHandlerTest, DecimalTextFollowsTheHandlersLocale)
 {
-    ScopedNumberLocale comma(NumberLocale::comma());
-    arrive(4, "-12,5");
+    PacketHandler comma(tables, NumberLocale::comma());
+    comma.DP_PacketArrived(1, 4, "-12,5", 0, -60, 100, 0, 0);
     EXPECT_EQ(tables.T(4), -12.5f);
+    handler.DP_PacketArrived(1, 4, "-12,5", 0, -60, 100, 0, 0); // a point locale's: grouping
+    EXPECT_EQ(tables.T(4), -125.0f);
 }
 
 struct DropCase {

@@ -27,13 +27,14 @@ std::string describe(const RecordedPacket &p)
 }
 
 // The packet a line (with or without its "\n") holds, "skip", or why it is not one.
-std::string parsed(std::string_view line, bool withTime = true)
+std::string parsed(
+    std::string_view line, bool withTime = true, const NumberLocale &locale = NumberLocale())
 {
     if (!line.empty() && line.back() == '\n')
         line.remove_suffix(1);
     RecordedPacket p;
     std::string error;
-    const LineKind kind = parseRecordingLine(line, withTime, p, error);
+    const LineKind kind = parseRecordingLine(line, withTime, p, error, locale);
     return kind == LineKind::Packet ? describe(p) : kind == LineKind::Skip ? "skip" : error;
 }
 
@@ -128,14 +129,13 @@ TEST(RecordingLine, WritesLinesThatReadBackAsTheSamePacket)
 
 TEST(RecordingFormatLocale, NumbersUsePointInFilesAndTheLocaleSeparatorInPackets)
 {
-    ScopedNumberLocale comma(NumberLocale::comma());
+    const NumberLocale comma = NumberLocale::comma();
     const std::string line = "0,1,0012,-12.5,0,-60,100,0,0\n";
-    EXPECT_EQ(parsed(line), describe(packet(0, 0x12, "-12,5")));
-    EXPECT_EQ(recordingLine(packet(0, 0x12, "-12,5")), line);
+    EXPECT_EQ(parsed(line, true, comma), describe(packet(0, 0x12, "-12,5")));
+    EXPECT_EQ(recordingLine(packet(0, 0x12, "-12,5"), comma), line);
     // A point in a packet would read back as the separator, so it is written as bytes.
-    EXPECT_EQ(recordingLine(packet(0, 0x12, "1.5")), "0,1,0012,hex:312E35,0,-60,100,0,0\n");
+    EXPECT_EQ(recordingLine(packet(0, 0x12, "1.5"), comma), "0,1,0012,hex:312E35,0,-60,100,0,0\n");
 
-    ScopedNumberLocale point(NumberLocale::point());
     EXPECT_EQ(parsed("0,1,0012,-12.5,0,-60,100,0,0"), describe(packet(0, 0x12, "-12.5")));
     EXPECT_EQ(recordingLine(packet(0, 0x12, "12,5")), "0,1,0012,\"12,5\",0,-60,100,0,0\n");
 }

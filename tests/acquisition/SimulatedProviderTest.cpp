@@ -1,6 +1,7 @@
 #include "acquisition/SimulatedProvider.h"
 
 #include "GuiThread.h"
+#include "acquisition/PacketHandler.h"
 #include "acquisition/RecordingFormat.h"
 #include "acquisition/SimulatedModules.h"
 #include "runtime/Clock.h"
@@ -116,7 +117,7 @@ TEST(SimulatedProvider, EachModuleShowsItsOwnBehaviourInEitherLocale)
         ScopedNumberLocale scope(locale);
         ManualClock clock;
         ScriptClass tables(clock);
-        PacketHandler handler(tables);
+        PacketHandler handler(tables, locale);
         std::map<int, std::vector<RecordedPacket>> byTag;
         int lowestTL = 100, highestTL = 0, errors = 0;
         Simulation run(virtualTime(3));

@@ -64,15 +64,15 @@ TEST(LCDModule, FlashingFollowsTheSharedPhaseOnlyInFlashMode)
         p->setBackColor(0xFFFFFF);
     }
     a.setFlashMode(true);
-    phase.setCaption(QStringLiteral("1"));
+    phase.setOn(true);
     EXPECT_EQ(groundOf(a), QColor(Qt::red));
     EXPECT_EQ(groundOf(b), QColor(Qt::white)); // not flashing: the phase changes nothing
     EXPECT_EQ(a.netIndicator()->OffColor(), 0xFFFFFFu); // the marker's ghost does not blink
-    phase.setCaption(QStringLiteral("0"));
+    phase.setOn(false);
     EXPECT_EQ(groundOf(a), QColor(Qt::white));
 
     // Switched off in the red phase, a panel stays red until the next BackColor write.
-    phase.setCaption(QStringLiteral("2"));
+    phase.setOn(true);
     a.setFlashMode(false);
     EXPECT_EQ(groundOf(a), QColor(Qt::red));
     a.setBackColor(0xFFFFFF);
@@ -81,7 +81,7 @@ TEST(LCDModule, FlashingFollowsTheSharedPhaseOnlyInFlashMode)
     a.setFlashMode(true);
     a.setBackColor(0x00FF00);
     EXPECT_EQ(groundOf(a), QColor(Qt::white));
-    phase.setCaption(QStringLiteral("0"));
+    phase.setOn(false);
     EXPECT_EQ(groundOf(a), QColor(Qt::green));
 }
 
@@ -97,27 +97,6 @@ TEST(LCDModule, IndicatorsShowAndHideAsWritten)
     EXPECT_FALSE(panel.lowBatteryMark()->isHidden());
     panel.setLoBatt(false);
     EXPECT_TRUE(panel.lowBatteryMark()->isHidden());
-}
-
-TEST(LCDModule, PropertiesLoadWithTheirDefaultsAndSaveAsRead)
-{
-    LCDModule panel;
-    panel.setLQI(100);
-    const int barBefore = panel.lqiBar()->width();
-    panel.ReadProperties({ { QStringLiteral("LQI"), 60 }, { QStringLiteral("NetInd"), true },
-        { QStringLiteral("Title"), QStringLiteral("Load") } });
-    EXPECT_FALSE(panel.propertiesChanged());
-    EXPECT_EQ(panel.lqiBar()->width(), barBefore); // loading keeps the bar as it was
-    EXPECT_TRUE(panel.netIndicator()->State());
-    const QVariantMap saved = panel.WriteProperties();
-    EXPECT_EQ(saved.value(QStringLiteral("LQI")).toFloat(), 60.0f);
-    EXPECT_EQ(saved.value(QStringLiteral("Title")).toString(), QStringLiteral("Load"));
-    EXPECT_EQ(saved.value(QStringLiteral("ForeColor")).toUInt(), 16777215u);
-    EXPECT_EQ(saved.value(QStringLiteral("Value")).toString(), QStringLiteral("12345678"));
-    EXPECT_EQ(saved.value(QStringLiteral("Digits")).toInt(), 8);
-    EXPECT_EQ(saved.value(QStringLiteral("BtnCaption")).toString(), QStringLiteral("Zero"));
-    panel.setTitle(QStringLiteral("x"));
-    EXPECT_TRUE(panel.propertiesChanged());
 }
 
 } // namespace
