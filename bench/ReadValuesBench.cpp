@@ -39,7 +39,7 @@ void BM_ReadValues24(benchmark::State &state)
         std::snprintf(b, sizeof b, "%04X", 0x200 + n);
         std::snprintf(c, sizeof c, "%04X", 0x300 + n);
         item.DataTagList = std::string("(<") + a + ">+<" + b + ">)/2-<" + c + ">";
-        item.Functionality = 4;
+        item.Functionality = ChannelFunction::FilterMedium;
         item.Timeout = 3;
         for (const char *tag : { a, b, c }) {
             tables->setT(std::stoi(tag, nullptr, 16), 12.5f);

@@ -50,7 +50,7 @@ void writeJson(const WorkspaceClass &ws, std::ostream &out)
         json.number("Default", item.Default ? jsonNumber(*item.Default) : "null");
         json.number("Underload", jsonNumber(item.Underload));
         json.number("Overload", jsonNumber(item.Overload));
-        json.number("Functionality", std::to_string(item.Functionality));
+        json.number("Functionality", std::to_string(functionCode(item.Functionality)));
         json.endObject();
     }
     json.endArray();

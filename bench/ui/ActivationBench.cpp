@@ -35,7 +35,7 @@ static void BM_Activation24(benchmark::State &state)
         item.DataTagList = "(<" + std::to_string(1000 + n) + ">+<" + std::to_string(2000 + n)
             + ">)/2" + (n > 1 ? "-<" + std::to_string(n - 1) + ">" : std::string());
         item.Format = "00.000";
-        item.Functionality = static_cast<std::int16_t>(n % 6);
+        item.Functionality = static_cast<ChannelFunction>(n % 6);
     }
     for (auto _ : state) {
         window.SetupDisplays();

@@ -352,9 +352,8 @@ void MainFrm::SetupDisplays()
         panel->setVisible(true);
         panel->setTitle(q(item.Caption));
         panel->setValue(displayText(Format(Variant::integer(0), item.Format), m_commaDecimal));
-        panel->setBtnCaption(item.Functionality == 1 || item.Functionality == 2
-                ? QStringLiteral("Reset")
-                : QStringLiteral("Zero"));
+        panel->setBtnCaption(
+            isCapture(item.Functionality) ? QStringLiteral("Reset") : QStringLiteral("Zero"));
         connect(panel, &LCDModule::Zero, this, [this, i] { panelZero(i); });
         connect(panel, &LCDModule::Click, this, [this, i] { panelClick(i); });
         m_disp.push_back(panel);

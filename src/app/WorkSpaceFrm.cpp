@@ -236,7 +236,7 @@ ItemClass newItem(int channel)
     item.Timeout = 3;
     item.Underload = -9999999.0f;
     item.Overload = 9999999.0f;
-    item.Functionality = 0;
+    item.Functionality = ChannelFunction::None;
     return item;
 }
 
@@ -573,7 +573,7 @@ void WorkSpaceFrm::connectControls()
         ItemClass *item = m_loading ? nullptr : currentItem();
         if (item == nullptr || index < 0)
             return;
-        item->Functionality = static_cast<std::int16_t>(index);
+        item->Functionality = static_cast<ChannelFunction>(index);
         refreshRow(m_current);
     });
 }
@@ -714,7 +714,7 @@ void WorkSpaceFrm::itemToBoxes()
         m_tbDefault->setText(item->Default ? numberText(*item->Default) : QString());
         m_tbUnderload->setText(numberText(item->Underload));
         m_tbOverload->setText(numberText(item->Overload));
-        const int function = item->Functionality;
+        const int function = functionCode(item->Functionality);
         m_ddFunction->setCurrentIndex(
             function >= 0 && function < m_ddFunction->count() ? function : -1);
     } else {
@@ -749,7 +749,7 @@ void WorkSpaceFrm::fillRow(QTreeWidgetItem &row, int channel, const ItemClass &i
     row.setText(ColDefault, item.Default ? numberText(*item.Default) : QString());
     row.setText(ColUnderload, numberText(item.Underload));
     row.setText(ColOverload, numberText(item.Overload));
-    const int function = item.Functionality;
+    const int function = functionCode(item.Functionality);
     row.setText(ColFunction,
         function >= 0 && function < static_cast<int>(kFunctionNames.size())
             ? m_ddFunction->itemText(function)

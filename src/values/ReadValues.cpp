@@ -84,9 +84,11 @@ private:
 };
 
 // The divisor of each filter: light follows half the way per cycle, heavy a twentieth.
-float filterDivisor(std::int16_t functionality)
+float filterDivisor(ChannelFunction filter)
 {
-    return functionality == 3 ? 2.0f : functionality == 4 ? 10.0f : 20.0f;
+    return filter == ChannelFunction::FilterLight ? 2.0f
+        : filter == ChannelFunction::FilterMedium ? 10.0f
+                                                  : 20.0f;
 }
 
 // Peak (1) and trough (2) capture: a new extreme is evaluated a second time, and the second
@@ -95,8 +97,9 @@ void capture(ItemClass &item, int n, ChannelValues &values, ChannelEvaluation &e
 {
     const std::optional<float> reading = eval.single(item.DataTagExpression);
     if (reading) {
-        const bool extreme = item.Functionality == 1 ? *reading >= values.working(n)
-                                                     : *reading <= values.working(n);
+        const bool extreme = item.Functionality == ChannelFunction::PeakCapture
+            ? *reading >= values.working(n)
+            : *reading <= values.working(n);
         if (extreme) {
             if (const std::optional<float> again = eval.single(item.DataTagExpression))
                 values.working(n) = *again;
@@ -126,13 +129,13 @@ void evaluateChannel(ItemClass &item, int n, ChannelValues &values, ScriptEngine
             values.output(n) = *item.Default;
     } else {
         switch (item.Functionality) {
-        case 1:
-        case 2:
+        case ChannelFunction::PeakCapture:
+        case ChannelFunction::TroughCapture:
             capture(item, n, values, eval);
             break;
-        case 3:
-        case 4:
-        case 5: {
+        case ChannelFunction::FilterLight:
+        case ChannelFunction::FilterMedium:
+        case ChannelFunction::FilterHeavy: {
             const std::optional<float> reading = eval.single(item.DataTagExpression);
             if (reading)
                 values.working(n) = *reading;
@@ -180,9 +183,10 @@ void prepareChannels(WorkspaceClass &workspace, ChannelValues &values)
         item.DataTagLQIScript = r.lqiScript;
         item.DataTagBattScript = r.battScript;
         item.DataTagTimeoutScript = r.timeoutScript;
-        if (n < ChannelValues::kEntries && item.Functionality == 1)
+        if (n < ChannelValues::kEntries && item.Functionality == ChannelFunction::PeakCapture)
             values.working(n) = ChannelValues::kPeakSeed;
-        else if (n < ChannelValues::kEntries && item.Functionality == 2)
+        else if (n < ChannelValues::kEntries
+            && item.Functionality == ChannelFunction::TroughCapture)
             values.working(n) = ChannelValues::kTroughSeed;
     }
 }

@@ -19,11 +19,11 @@ ZeroResult ZeroChannel(int n, bool shiftHeld, WorkspaceClass &workspace, Channel
 
     ItemClass &item = workspace.item(n);
     // Capture channels restart: the seed makes the next reading the new extreme.
-    if (item.Functionality == 1) {
+    if (item.Functionality == ChannelFunction::PeakCapture) {
         values.working(n) = ChannelValues::kPeakSeed;
         return {};
     }
-    if (item.Functionality == 2) {
+    if (item.Functionality == ChannelFunction::TroughCapture) {
         values.working(n) = ChannelValues::kTroughSeed;
         return {};
     }

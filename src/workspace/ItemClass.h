@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChannelFunction.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,7 +24,7 @@ struct ItemClass {
     std::optional<float> Default = 0.0f;
     float Underload = 0; // flashes below
     float Overload = 0; // flashes above
-    std::int16_t Functionality = 0; // 0 none, 1 peak, 2 trough, 3 light, 4 medium, 5 heavy filter
+    ChannelFunction Functionality = ChannelFunction::None;
 
     // Filled by activation from DataTagList, not saved.
     std::string DataTagExpression;

@@ -46,6 +46,10 @@ template <> float converted(double v)
 {
     return toSingle(v);
 }
+template <> ChannelFunction converted(double v)
+{
+    return static_cast<ChannelFunction>(toInteger(v));
+}
 
 // Each assignment converts like the platform's implicit conversion to the property's type;
 // a value that does not convert leaves the property as it was.
@@ -87,13 +91,15 @@ std::string tagReference(std::int16_t tag)
     return "<" + lastFour("0000" + std::string(hex)) + ">";
 }
 
-// Version 1 files knew a channel by one Data Tag, a "+" list of them (function 7) or the sum
-// of the channels before it (function 1), and numbered the functions one higher.
+// Version 1 files knew a channel by one Data Tag, a "+" list of them or the sum of the
+// channels before it, and numbered the functions one higher.
 void convertVersion1(ItemClass &item, int n, int &runningStart)
 {
-    if (item.Functionality != 7)
+    std::int16_t code = functionCode(item.Functionality); // a version 1 code
+    const auto is = [&code](Version1Function f) { return code == static_cast<std::int16_t>(f); };
+    if (!is(Version1Function::SumOfDataTags))
         item.DataTagList = tagReference(item.DataTag);
-    if (item.Functionality == 7) {
+    if (is(Version1Function::SumOfDataTags)) {
         std::string list;
         std::size_t from = 0;
         for (;;) {
@@ -105,19 +111,18 @@ void convertVersion1(ItemClass &item, int n, int &runningStart)
                 break;
             from = plus + 1;
         }
-        item.Functionality = 0;
+        code = 0;
         item.DataTagList = list.substr(0, list.size() - 1);
     }
-    if (item.Functionality == 1) {
+    if (is(Version1Function::SumOfChannels)) {
         std::string sum;
         for (int j = runningStart; j <= n - 1; ++j)
             sum += "<" + std::to_string(j) + ">+";
         item.DataTagList = sum.empty() ? sum : sum.substr(0, sum.size() - 1);
-        item.Functionality = 0;
+        code = 0;
         runningStart = n + 1;
     }
-    if (item.Functionality > 0)
-        --item.Functionality;
+    item.Functionality = static_cast<ChannelFunction>(code > 0 ? code - 1 : code);
 }
 
 // Reads the workspace section of a file with ReadINI's rule, noting the keys whose value is
@@ -271,7 +276,7 @@ bool SaveWorkspace(const WorkspaceClass &ws, const std::string &FileName, UserPr
         write("Default" + suffix, item.Default ? number(*item.Default) : std::string());
         write("Underload" + suffix, number(item.Underload));
         write("Overload" + suffix, number(item.Overload));
-        write("Function" + suffix, std::to_string(item.Functionality));
+        write("Function" + suffix, std::to_string(functionCode(item.Functionality)));
     }
     FileError error;
     if (!saveIniFile(FileName, doc, &error)) {

@@ -130,7 +130,7 @@ TEST_F(WorkSpaceFrmTest, MoreChannelsArriveWithTheEditorsDefaults)
         EXPECT_EQ(item.Timeout, 3);
         EXPECT_EQ(item.Underload, -9999999.0f);
         EXPECT_EQ(item.Overload, 9999999.0f);
-        EXPECT_EQ(item.Functionality, 0);
+        EXPECT_EQ(item.Functionality, ChannelFunction::None);
         EXPECT_EQ(cell(n, ColDescription), QString::fromStdString(item.Caption));
     }
 }
@@ -201,7 +201,7 @@ TEST_F(WorkSpaceFrmTest, ChannelEditsLandInTheChosenItemAndItsRow)
     EXPECT_EQ(item.Timeout, 9999);
     EXPECT_EQ(item.Default, 7.25f);
     EXPECT_EQ(item.Overload, 1000.0f);
-    EXPECT_EQ(item.Functionality, 2);
+    EXPECT_EQ(item.Functionality, ChannelFunction::TroughCapture);
     EXPECT_EQ(workspace.item(2).Caption, "Channel 2");
 
     // An empty Default box means the channel has none.
@@ -342,7 +342,7 @@ TEST_F(WorkSpaceFrmTest, OpeningAndClosingChangesNothingEvenOffTheLists)
     workspace.LogInterval = 250;
     workspace.Notes = "first\r\nsecond";
     workspace.item(1).Default.reset();
-    workspace.item(2).Functionality = 7;
+    workspace.item(2).Functionality = static_cast<ChannelFunction>(7);
     workspace.item(3).TareValue = 1e20f;
     const WorkspaceClass before = workspace;
     open().show();

@@ -39,7 +39,7 @@ public:
         workspace.Items.assign(channels.size(), ItemClass {});
         for (std::size_t i = 0; i < channels.size(); ++i) {
             workspace.Items[i].DataTagList = channels[i].first;
-            workspace.Items[i].Functionality = static_cast<std::int16_t>(channels[i].second);
+            workspace.Items[i].Functionality = static_cast<ChannelFunction>(channels[i].second);
             workspace.Items[i].Timeout = 3;
             workspace.Items[i].Default = std::nullopt;
         }

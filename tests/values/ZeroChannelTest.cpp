@@ -43,7 +43,7 @@ TEST(ZeroChannel, PressGivesTheExpectedChannelState)
         const std::string settingsFile
             = writeFile(dir.filePath("config.ini").toStdString(), kEarlierSettings);
         WorkspaceClass workspace;
-        workspace.item(3).Functionality = c.functionality;
+        workspace.item(3).Functionality = static_cast<ChannelFunction>(c.functionality);
         workspace.item(3).TareValue = 2;
         ChannelValues values;
         values.error(3) = c.refused ? -1 : 0;

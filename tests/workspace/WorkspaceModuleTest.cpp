@@ -111,7 +111,7 @@ TEST_F(WorkspaceModuleTest, ValuesThatDoNotConvertKeepWhatTheyWere)
     EXPECT_EQ(ws.item(1).Timeout, 0); // a new item starts at zero
     EXPECT_EQ(ws.item(1).TareValue, 0.0f); // beyond the Single range
     EXPECT_EQ(ws.item(1).Default, -9999999.0f);
-    EXPECT_EQ(ws.item(2).Functionality, 4);
+    EXPECT_EQ(ws.item(2).Functionality, ChannelFunction::FilterMedium);
 }
 
 TEST_F(WorkspaceModuleTest, TheChannelCountStaysWithinTheDisplays)
@@ -197,7 +197,7 @@ TEST_F(WorkspaceModuleTest, Version1DefinitionsAreConverted)
         std::string expressions, functions;
         for (std::size_t i = 0; i < ws.Items.size(); ++i) {
             expressions += (i ? " | " : "") + ws.Items[i].DataTagList;
-            functions += (i ? " " : "") + std::to_string(ws.Items[i].Functionality);
+            functions += (i ? " " : "") + std::to_string(functionCode(ws.Items[i].Functionality));
         }
         EXPECT_EQ(expressions, c.expressions) << c.lines;
         EXPECT_EQ(functions, c.functions) << c.lines;
