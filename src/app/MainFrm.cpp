@@ -12,7 +12,9 @@
 #include "runtime/Format.h"
 #include "runtime/Val.h"
 #include "runtime/VbError.h"
+#include "values/PanelState.h"
 #include "values/StatusReport.h"
+#include "values/TagReplace.h"
 #include "values/ZeroChannel.h"
 #include "workspace/FileDialog.h"
 #include "workspace/INIFileModule.h"
@@ -56,26 +58,6 @@ bool formatWritesDecimalComma()
 {
     const std::string zero = Format(Variant::integer(0), "0.0");
     return zero.size() > 1 && zero[1] == ',';
-}
-
-// The first Data Tag a channel expression refers to ("<FF12>"), or -1.
-std::int32_t firstDataTag(const std::string &expression)
-{
-    std::size_t open = expression.find('<');
-    while (open != std::string::npos) {
-        const std::size_t close = expression.find('>', open + 1);
-        if (close == std::string::npos)
-            break;
-        const std::string ref = expression.substr(open + 1, close - open - 1);
-        if (ref.size() == 4) {
-            bool ok = false;
-            const int tag = QString::fromStdString(ref).toInt(&ok, 16);
-            if (ok)
-                return tag;
-        }
-        open = expression.find('<', close + 1);
-    }
-    return -1;
 }
 
 } // namespace
@@ -351,9 +333,8 @@ void MainFrm::SetupDisplays()
         panel->InitFlashLabel(&m_flasher);
         panel->setVisible(true);
         panel->setTitle(q(item.Caption));
-        panel->setValue(displayText(Format(Variant::integer(0), item.Format), m_commaDecimal));
-        panel->setBtnCaption(
-            isCapture(item.Functionality) ? QStringLiteral("Reset") : QStringLiteral("Zero"));
+        panel->setValue(q(panelText(Format(Variant::integer(0), item.Format), m_commaDecimal)));
+        panel->setBtnCaption(q(zeroButtonCaption(item.Functionality)));
         connect(panel, &LCDModule::Zero, this, [this, i] { panelZero(i); });
         connect(panel, &LCDModule::Click, this, [this, i] { panelClick(i); });
         m_disp.push_back(panel);

@@ -228,18 +228,6 @@ void selectValue(QComboBox &combo, int value)
     combo.setCurrentIndex(index);
 }
 
-ItemClass newItem(int channel)
-{
-    ItemClass item;
-    item.Caption = "Channel " + std::to_string(channel);
-    item.Format = "00.000";
-    item.Timeout = 3;
-    item.Underload = -9999999.0f;
-    item.Overload = 9999999.0f;
-    item.Functionality = ChannelFunction::None;
-    return item;
-}
-
 } // namespace
 
 WorkSpaceFrm::WorkSpaceFrm(WorkspaceClass &workspace, ScriptEngine &engine, UserPrompts &prompts,
@@ -672,7 +660,7 @@ void WorkSpaceFrm::channelsChosen(int index)
     if (wanted > current) {
         for (int channel = static_cast<int>(m_workspace.Items.size()) + 1; channel <= wanted;
              ++channel)
-            m_workspace.Items.push_back(newItem(channel));
+            m_workspace.Items.push_back(newChannel(channel));
     } else {
         const PromptAnswer answer = m_prompts.message("Change Channels",
             "If you reduce the number of channels then the settings for the unused channels "

@@ -16,8 +16,6 @@ class DisplayRefresh
 {
 public:
     static constexpr int kIntervalMs = 333;
-    // What a channel in error shows.
-    static constexpr const char *kNoValue = "-------";
 
     struct Context {
         WorkspaceClass &workspace;
@@ -49,10 +47,5 @@ private:
     const bool m_commaDecimal;
     bool m_closing = false;
 };
-
-// A formatted value as the seven-segment display shows it. The display's only decimal mark is
-// its point, so where the locale writes decimal commas the comma and the point change places
-// ("1.234,50" shows as "1,234.50"): a comma would be a blank cell and turn 12,5 into 12 5.
-QString displayText(const std::string &formatted, bool commaDecimal);
 
 } // namespace corvalog

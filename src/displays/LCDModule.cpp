@@ -250,6 +250,16 @@ void LCDModule::setLoBatt(bool low)
         m_battLow->hide();
 }
 
+void LCDModule::show(const PanelState &state)
+{
+    setFlashMode(state.flash);
+    setValue(QString::fromStdString(state.text));
+    setBackColor(state.ground);
+    setLQI(state.linkQuality);
+    setLoBatt(state.lowBattery);
+    setNetInd(state.tared);
+}
+
 void LCDModule::paintEvent(QPaintEvent *)
 {
     // The bar's empty track, so a short bar reads as a level out of five: a shade darker than

@@ -3,6 +3,7 @@
 #include "FlashPhase.h"
 #include "OleColor.h"
 #include "Twips.h"
+#include "values/PanelState.h"
 
 #include <QLabel>
 #include <QPointer>
@@ -54,6 +55,8 @@ public:
     void setLQI(float percent);
     bool LoBatt() const { return m_lowBattery; }
     void setLoBatt(bool low);
+    // Writes what the refresh decided, in the order the properties have always been written.
+    void show(const PanelState &state);
 
     // The constituents, for the window's tests and the status of each part.
     eLCD *number() const { return m_lcd; }

@@ -1,21 +1,12 @@
 #pragma once
 
+#include "runtime/OleColor.h"
+
 #include <QColor>
 #include <QGuiApplication>
 #include <QPalette>
-#include <cstdint>
 
 namespace corvalog {
-
-// A colour as workspaces and panels keep it: 0x00BBGGRR, or with the high bit set the index of
-// a system colour, resolved when painted.
-using OleColor = std::uint32_t;
-
-inline constexpr OleColor kPureRed = 0x0000FF;
-inline constexpr OleColor kBlack = 0x000000;
-inline constexpr OleColor kWhite = 0xFFFFFF;
-// The system's 3-D light colour (index 22).
-inline constexpr OleColor kSystem3DLight = 0x80000016;
 
 // The colour to paint; system colours come from the palette (3-D light is its Light role).
 QColor toQColor(OleColor colour, const QPalette &palette = QGuiApplication::palette());

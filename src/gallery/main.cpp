@@ -118,7 +118,7 @@ QWidget *panels(FlashPhase &red, FlashPhase &normal)
     const PanelState states[] = {
         { "Load (kg)", "12.345", 7, false, false, 100, false, false, "Zero" },
         { "Temperature", "21.8", 7, false, false, 80, false, true, "Zero" },
-        { "Faulty module", DisplayRefresh::kNoValue, 7, true, false, 0, false, false, "Zero" },
+        { "Faulty module", kNoValue, 7, true, false, 0, false, false, "Zero" },
         { "Over limit: red phase", "31.2", 7, false, true, 60, true, false, "Zero" },
         { "Over limit: normal phase", "31.2", 7, false, true, 40, true, false, "Zero" },
         { "Peak", "1013.46", 7, false, false, 20, false, false, "Reset" },

@@ -1,5 +1,7 @@
 #include "TagReplace.h"
 
+#include "runtime/Ascii.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <vector>
@@ -164,6 +166,25 @@ std::string rewriteReferences(std::string_view source)
 {
     return rewriteScan(
         source, [](int) {}, [](int) {});
+}
+
+std::int32_t firstDataTag(std::string_view expression)
+{
+    // The references rewriteExpression rewrites: "<", four upper-case hex digits, ">".
+    for (std::size_t open = expression.find('<'); open != std::string_view::npos;
+         open = expression.find('<', open + 1)) {
+        if (expression.size() - open < 6 || expression[open + 5] != '>')
+            continue;
+        std::int32_t tag = 0;
+        bool hex = true;
+        for (const char c : expression.substr(open + 1, 4)) {
+            hex = hex && ((c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'));
+            tag = tag * 16 + hexDigitValue(c);
+        }
+        if (hex && tag >= 1 && tag <= 0xFFFE)
+            return tag;
+    }
+    return -1;
 }
 
 } // namespace corvalog

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -22,5 +23,9 @@ RewrittenExpression rewriteExpression(std::string_view source);
 
 // The rewritten expression alone, exactly as rewriteExpression gives it.
 std::string rewriteReferences(std::string_view source);
+
+// The first Data Tag an expression refers to as rewriteExpression reads references ("<FF12>":
+// four upper-case hex digits, 0001 to FFFE), or -1.
+std::int32_t firstDataTag(std::string_view expression);
 
 } // namespace corvalog

@@ -42,4 +42,9 @@ ZeroResult ZeroChannel(int n, bool shiftHeld, WorkspaceClass &workspace, Channel
     return { false, tared };
 }
 
+std::string zeroButtonCaption(ChannelFunction function)
+{
+    return isCapture(function) ? "Reset" : "Zero";
+}
+
 } // namespace corvalog

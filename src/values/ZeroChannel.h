@@ -1,5 +1,7 @@
 #pragma once
 
+#include "workspace/ChannelFunction.h"
+
 #include <optional>
 #include <string>
 
@@ -23,5 +25,9 @@ struct ZeroResult {
 // 0..24 raise Subscript out of range (9).
 ZeroResult ZeroChannel(int n, bool shiftHeld, WorkspaceClass &workspace, ChannelValues &values,
     UserPrompts &prompts, const std::string &settingsFile);
+
+// The zero button's caption: "Reset" for peak and trough channels (it restarts the capture),
+// "Zero" for the rest.
+std::string zeroButtonCaption(ChannelFunction function);
 
 } // namespace corvalog

@@ -52,4 +52,16 @@ bool workspacesDiffer(const WorkspaceClass &a, const WorkspaceClass &b)
     return false;
 }
 
+ItemClass newChannel(int channel)
+{
+    ItemClass item;
+    item.Caption = "Channel " + std::to_string(channel);
+    item.Format = "00.000";
+    item.Timeout = 3;
+    item.Underload = -9999999.0f;
+    item.Overload = 9999999.0f;
+    item.Functionality = ChannelFunction::None;
+    return item;
+}
+
 } // namespace corvalog

@@ -35,6 +35,10 @@ struct WorkspaceClass {
     const ItemClass &item(int n) const;
 };
 
+// A channel the editor adds: "Channel " and its number, format "00.000", Timeout 3, the widest
+// limits and no function (the defaults a load gives).
+ItemClass newChannel(int channel);
+
 // True when two workspaces would be saved differently: a general setting or a channel's saved
 // property differs (the scripts made at activation do not count).
 bool workspacesDiffer(const WorkspaceClass &a, const WorkspaceClass &b);

@@ -72,6 +72,23 @@ TEST(TagReplace, FastAndLiteralGiveTheExpectedText)
 
 // Random texts built from the pieces that matter (well-formed and broken references, brackets,
 // lower case, leading zeros, arbitrary bytes) must rewrite exactly as the literal passes do.
+TEST(TagReplace, TheFirstDataTagOfAnExpression)
+{
+    const struct {
+        const char *expression;
+        std::int32_t tag;
+    } cases[] = {
+        { "(<FF12>+<0012>)/2", 0xFF12 },
+        { "<3>*<0a1e>+<0A1E>", 0x0A1E }, // lower case is no reference
+        { "<12>+<+1AB>+<12345>+<0000>+<FFFF>", -1 },
+        { "<1 <BEEF>", 0xBEEF },
+        { "2*PI", -1 },
+        { "<FF12", -1 },
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(firstDataTag(c.expression), c.tag) << c.expression;
+}
+
 TEST(TagReplace, MatchesLiteralAlgorithmOnGeneratedExpressions)
 {
     std::mt19937 rng(20240611);
