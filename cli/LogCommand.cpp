@@ -1,9 +1,9 @@
 #include "Commands.h"
 #include "SourceOptions.h"
 #include "StderrPrompts.h"
-#include "logging/HeadlessLogger.h"
 #include "runtime/DateTime.h"
 #include "runtime/NumberLocale.h"
+#include "session/HeadlessLogger.h"
 #include "workspace/WorkspaceModule.h"
 
 #include <QDate>

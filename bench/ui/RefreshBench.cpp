@@ -2,7 +2,7 @@
 #include "RecordingPrompts.h"
 #include "displays/DisplayRefresh.h"
 #include "displays/TableContainer.h"
-#include "values/ScriptClass.h"
+#include "session/Session.h"
 
 #include <QApplication>
 #include <benchmark/benchmark.h>
@@ -16,13 +16,15 @@ namespace {
 void BM_RefreshTick24(benchmark::State &state)
 {
     ManualClock clock(46000.0);
-    auto tables = std::make_unique<ScriptClass>(clock);
-    ScriptEngine engine(*tables);
-    WorkspaceClass ws;
+    NullWindow host;
+    SilentPrompts prompts;
+    Session session(SessionOptions { nullptr, &clock, {}, false, {} },
+        SessionHost { host, host, host, prompts });
+    WorkspaceClass &ws = session.workspace();
     ws.Channels = 24;
     ws.LogInterval = 100;
     ws.Items.assign(24, ItemClass {});
-    ChannelValues values;
+    ChannelValues &values = session.values();
     for (int n = 1; n <= 24; ++n) {
         ItemClass &item = ws.item(n);
         item.DataTagList = "<" + std::to_string(n) + ">";
@@ -31,9 +33,7 @@ void BM_RefreshTick24(benchmark::State &state)
         item.Underload = -50;
     }
     prepareChannels(ws, values);
-    NullWindow host;
-    SilentPrompts prompts;
-    DataLogger logger({ ws, values, engine, host, host, host, clock, prompts }, false, {});
+    DataLogger &logger = session.logger();
     logger.start("/dev/null");
 
     TableContainer window;
@@ -49,8 +49,7 @@ void BM_RefreshTick24(benchmark::State &state)
     window.resize(4 * 220, 6 * 124);
     window.show();
     QApplication::processEvents();
-    DisplayRefresh refresh(
-        { ws, values, engine, host, logger, window, panels, [](const std::string &) {} });
+    DisplayRefresh refresh({ session, window, panels, [](const std::string &) {} });
     int tick = 0;
     for (auto _ : state) {
         ++tick;

@@ -10,6 +10,7 @@
 #include "displays/TableContainer.h"
 #include "logging/LogMenuActions.h"
 #include "runtime/Format.h"
+#include "runtime/TimerPeriods.h"
 #include "runtime/Val.h"
 #include "runtime/VbError.h"
 #include "values/PanelState.h"
@@ -65,14 +66,10 @@ bool formatWritesDecimalComma()
 MainFrm::MainFrm(MainFrmOptions options)
     : m_options(std::move(options))
     , m_prompts(*m_options.prompts)
-    , m_ownClock(m_options.clock ? nullptr : std::make_unique<SystemClock>())
-    , m_clock(m_options.clock ? *m_options.clock : *m_ownClock)
-    , m_tables(std::make_unique<ScriptClass>(m_clock))
-    , m_engine(*m_tables)
-    , m_handler(*m_tables, m_options.locale)
-    , m_pump(m_handler)
-    , m_host(m_options.factory, m_pump)
-    , m_logTimer([this](std::int32_t ms) { m_logger->LogTimer_Timer(ms); })
+    , m_logTimer([this](std::int32_t ms) { m_session.logTick(ms); })
+    , m_session(SessionOptions { m_options.factory, m_options.clock, m_options.locale, false, {} },
+          SessionHost { *this, *this, m_logTimer, m_prompts })
+    , m_workspace(m_session.workspace())
     , m_status(this)
     , m_help(QString(), this)
 {
@@ -89,15 +86,15 @@ MainFrm::MainFrm(MainFrmOptions options)
     buildMenus();
     buildWindow();
 
-    m_screenTimer.setInterval(DisplayRefresh::kIntervalMs);
+    m_screenTimer.setInterval(kScreenIntervalMs);
     connect(&m_screenTimer, &QTimer::timeout, this, &MainFrm::ScreenTimer_Timer);
-    m_flashTimer.setInterval(DisplayRefresh::kIntervalMs);
+    m_flashTimer.setInterval(kFlashIntervalMs);
     connect(&m_flashTimer, &QTimer::timeout, this,
         [this] { DisplayRefresh::FlashTimer_Timer(m_flasher); });
     m_flashTimer.start();
-    m_stayAwakeTimer.setInterval(4000);
-    connect(
-        &m_stayAwakeTimer, &QTimer::timeout, this, [this] { StayAwakeTick(m_host, m_workspace); });
+    m_stayAwakeTimer.setInterval(kStayAwakeIntervalMs);
+    connect(&m_stayAwakeTimer, &QTimer::timeout, this,
+        [this] { StayAwakeTick(m_session.driverHost(), m_workspace); });
     m_stayAwakeTimer.start();
 }
 
@@ -238,17 +235,14 @@ bool MainFrm::Form_Load()
 
     // 5. Settings folder and file, log folder.
     m_paths = setUpPaths(m_options.folders, m_prompts);
-    m_logger = std::make_unique<DataLogger>(DataLogger::Context { m_workspace, m_values, m_engine,
-                                                *this, *this, m_logTimer, m_clock, m_prompts },
-        m_commaDecimal,
+    m_session.configureLogging(m_commaDecimal,
         m_options.rescueFolder.empty() ? m_paths.logFolder : m_options.rescueFolder);
-    m_refresh = std::make_unique<DisplayRefresh>(
-        DisplayRefresh::Context { m_workspace, m_values, m_engine, *this, *m_logger, *this, m_disp,
-            [this](const std::string &line) {
-                setLogLabel(line);
-                setLogLabelToolTip(line);
-            },
-            m_commaDecimal });
+    m_refresh = std::make_unique<DisplayRefresh>(DisplayRefresh::Context { m_session, *this, m_disp,
+        [this](const std::string &line) {
+            setLogLabel(line);
+            setLogLabelToolTip(line);
+        },
+        m_commaDecimal });
     m_help.setManual(manualPath(q(m_paths.programFolder)));
 
     // 6. The logo: a .jpg replaces a .gif. Unreadable pictures are ignored.
@@ -346,14 +340,12 @@ void MainFrm::SetupDisplays()
     InterfaceInitHooks hooks;
     hooks.processEvents = [] { QApplication::processEvents(); };
     hooks.wait = m_options.busyWait;
-    InterfaceInit(m_host, m_workspace, m_prompts, hooks);
-    m_unstoredAtActivation = m_handler.droppedCount();
+    // The base station re-opened, the scripts of every channel made, and the starting points
+    // of peak and trough capture set.
+    m_session.activate(hooks);
     m_lossTold = false;
 
     fitWindowToGrid();
-
-    // The scripts of every channel, and the starting points of peak and trough capture.
-    prepareChannels(m_workspace, m_values);
     m_busy = false;
 }
 
@@ -413,19 +405,16 @@ void MainFrm::ScreenTimer_Timer()
     if (m_busy || !m_refresh)
         return;
     // A log whose reader has left stops now, not at its next row.
-    if (m_logger)
-        m_logger->checkOutput();
+    m_session.logger().checkOutput();
     m_refresh->ScreenTimer_Timer();
     tellLosses();
 }
 
 void MainFrm::tellLosses()
 {
-    const DataProvider *driver = m_host.driver();
-    if (m_lossTold || !driver)
+    if (m_lossTold)
         return;
-    const SourceLosses losses
-        = sourceLosses(*driver, m_handler.droppedCount() - m_unstoredAtActivation);
+    const SourceLosses losses = m_session.lossesSinceActivation();
     if (losses.total() == 0)
         return;
     m_lossTold = true;
@@ -496,17 +485,17 @@ bool MainFrm::Form_QueryUnload()
     m_stayAwakeTimer.stop();
     m_screenTimer.stop();
     // The log ends with the last row taken while the modules were still being heard.
-    if (m_logger && m_logger->isLogging())
-        m_logger->stop();
+    if (m_session.logger().isLogging())
+        m_session.logger().stop();
     QApplication::setOverrideCursor(Qt::WaitCursor);
 
-    if (DataProvider *driver = m_host.driver()) {
+    if (DataProvider *driver = m_session.driver()) {
         try {
             driver->CloseInterface();
         } catch (const VbError &) {
         }
         m_options.busyWait(1000);
-        m_host.release();
+        m_session.driverHost().release();
     }
     return true;
 }
@@ -556,7 +545,7 @@ void MainFrm::mnuEditWorkspace_Click()
     const WorkspaceClass before = m_workspace;
     m_stayAwakeTimer.stop();
     {
-        WorkSpaceFrm editor(m_workspace, m_engine, m_prompts, m_commaDecimal, this);
+        WorkSpaceFrm editor(m_workspace, m_session.engine(), m_prompts, m_commaDecimal, this);
         emit editorOpened(&editor);
         editor.exec();
     }
@@ -576,13 +565,13 @@ void MainFrm::mnuEditWorkspace_Click()
 
 void MainFrm::mnuStartStopLog_Click()
 {
-    m_logger->DoLogging([this] { return chooseLogFile(m_paths, m_prompts); });
+    m_session.logger().DoLogging([this] { return chooseLogFile(m_paths, m_prompts); });
 }
 
 void MainFrm::startLoggingTo(const std::string &path)
 {
-    if (!m_logger->isLogging())
-        m_logger->DoLogging([&path] { return path; });
+    if (!m_session.logger().isLogging())
+        m_session.logger().DoLogging([&path] { return path; });
 }
 
 void MainFrm::mnuIntervalConfig_Click()
@@ -597,12 +586,12 @@ void MainFrm::mnuViewLog_Click()
 
 void MainFrm::mnuWake_Click()
 {
-    WakeModules(m_host, m_workspace);
+    WakeModules(m_session.driverHost(), m_workspace);
 }
 
 void MainFrm::mnuSleep_Click()
 {
-    SleepModules(m_host);
+    SleepModules(m_session.driverHost());
 }
 
 void MainFrm::mnuPauseResume_Click(bool pause)
@@ -626,8 +615,8 @@ void MainFrm::mnuPauseResume_Click(bool pause)
         return;
     }
     try {
-        const bool ok = PauseResume(
-            m_host, m_workspace, m_status, pause ? 1 : 0, tag, static_cast<std::int16_t>(channel));
+        const bool ok = PauseResume(m_session.driverHost(), m_workspace, m_status, pause ? 1 : 0,
+            tag, static_cast<std::int16_t>(channel));
         if (!m_status.StatusClosed())
             m_status.ShowMessage(std::string("Channel ") + std::to_string(channel)
                     + (ok ? (pause ? ": the module is paused." : ": the module is running again.")
@@ -642,7 +631,7 @@ void MainFrm::mnuPauseResume_Click(bool pause)
 void MainFrm::mnuAbout_Click()
 {
     const auto version = [this](float (DataProvider::*get)()) -> std::optional<float> {
-        if (DataProvider *driver = m_host.driver()) {
+        if (DataProvider *driver = m_session.driver()) {
             try {
                 return (driver->*get)();
             } catch (const VbError &) {
@@ -670,7 +659,7 @@ void MainFrm::panelZero(int n)
 {
     const bool shift = QGuiApplication::queryKeyboardModifiers() & Qt::ShiftModifier;
     const ZeroResult result
-        = ZeroChannel(n, shift, m_workspace, m_values, m_prompts, m_paths.settingsFile);
+        = ZeroChannel(n, shift, m_workspace, m_session.values(), m_prompts, m_paths.settingsFile);
     if (result.netIndicator && n < static_cast<int>(m_disp.size()))
         m_disp[static_cast<std::size_t>(n)]->setNetInd(*result.netIndicator);
 }
@@ -678,7 +667,7 @@ void MainFrm::panelZero(int n)
 void MainFrm::panelClick(int n)
 {
     ShowStatusReport(
-        n, m_workspace, m_engine, [this](int k) { return panelTitle(k); }, m_status);
+        n, m_workspace, m_session.engine(), [this](int k) { return panelTitle(k); }, m_status);
 }
 
 void MainFrm::setReadingLabel(const std::string &text)

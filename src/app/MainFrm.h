@@ -2,15 +2,13 @@
 
 #include "HelpWindow.h"
 #include "StatusFrm.h"
-#include "acquisition/DriverHost.h"
 #include "acquisition/InterfaceInit.h"
-#include "acquisition/PacketHandler.h"
 #include "displays/DisplayRefresh.h"
 #include "displays/FlashPhase.h"
 #include "logging/IntervalTimer.h"
 #include "runtime/Clock.h"
 #include "runtime/NumberLocale.h"
-#include "values/ScriptClass.h"
+#include "session/Session.h"
 #include "workspace/Settings.h"
 #include "workspace/SystemFolders.h"
 
@@ -97,13 +95,14 @@ public:
     void mnuHelp_Click();
 
     // What tests and the walk-through look at.
-    WorkspaceClass &workspace() { return m_workspace; }
-    ChannelValues &values() { return m_values; }
-    ScriptClass &tables() { return *m_tables; }
-    DataLogger &logger() { return *m_logger; }
+    Session &session() { return m_session; }
+    WorkspaceClass &workspace() { return m_session.workspace(); }
+    ChannelValues &values() { return m_session.values(); }
+    ScriptClass &tables() { return m_session.tables(); }
+    DataLogger &logger() { return m_session.logger(); }
     StatusWindow &status() { return m_status; }
     HelpWindow &help() { return m_help; }
-    DriverHost &driverHost() { return m_host; }
+    DriverHost &driverHost() { return m_session.driverHost(); }
     const SettingsPaths &paths() const { return m_paths; }
     const std::vector<LCDModule *> &Disp() const { return m_disp; }
     TableContainer *grid() const { return m_grid; }
@@ -156,21 +155,12 @@ private:
 
     MainFrmOptions m_options;
     UserPrompts &m_prompts;
-    std::unique_ptr<Clock> m_ownClock;
-    const Clock &m_clock;
     SettingsPaths m_paths;
     std::unique_ptr<QLockFile> m_instanceMarker;
 
-    std::unique_ptr<ScriptClass> m_tables;
-    ScriptEngine m_engine;
-    PacketHandler m_handler;
-    PacketPump m_pump;
-    DriverHost m_host;
-    WorkspaceClass m_workspace;
-    ChannelValues m_values;
-
     IntervalTimer m_logTimer;
-    std::unique_ptr<DataLogger> m_logger; // made once the log folder is known
+    Session m_session;
+    WorkspaceClass &m_workspace; // the session's, named as the window has always named it
     FlashPhase m_flasher;
     std::vector<LCDModule *> m_disp; // [0] is the template, never shown
     std::unique_ptr<DisplayRefresh> m_refresh;
@@ -193,7 +183,6 @@ private:
     bool m_workspaceChanged = false;
     bool m_busy = false;
     // Packets lost by the source are told once per activation.
-    std::uint64_t m_unstoredAtActivation = 0;
     bool m_lossTold = false;
     bool m_closing = false;
     bool m_unloaded = false;

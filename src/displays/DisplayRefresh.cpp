@@ -14,9 +14,10 @@ DisplayRefresh::DisplayRefresh(Context context)
 
 void DisplayRefresh::ScreenTimer_Timer()
 {
-    const WorkspaceClass &ws = m_ctx.workspace;
-    if (screenTickReadsValues(m_ctx.logger.isLogging(), ws.LogInterval))
-        ReadValues(m_ctx.workspace, m_ctx.values, m_ctx.engine, m_ctx.host);
+    Session &session = m_ctx.session;
+    session.screenTick();
+    const WorkspaceClass &ws = session.workspace();
+    const DataLogger &logger = session.logger();
     if (m_closing)
         return;
     // Nothing paints while the panels are written (no events run in between); the changed
@@ -27,9 +28,9 @@ void DisplayRefresh::ScreenTimer_Timer()
         if (LCDModule *panel = m_ctx.panels[static_cast<std::size_t>(n)])
             showChannel(n, *panel);
     }
-    if (m_ctx.logger.isLogging())
+    if (logger.isLogging())
         m_ctx.setLogLine(loggingProgressLabel(ws.LogInterval, ws.Channels,
-            static_cast<float>(m_ctx.logger.lastIntervalMs()), m_ctx.logger.logFileName()));
+            static_cast<float>(logger.lastIntervalMs()), logger.logFileName()));
     if (!window.isMinimized()) {
         QEvent paintNow(QEvent::UpdateRequest);
         QCoreApplication::sendEvent(window.window(), &paintNow);
@@ -38,7 +39,9 @@ void DisplayRefresh::ScreenTimer_Timer()
 
 void DisplayRefresh::showChannel(int n, LCDModule &panel)
 {
-    panel.show(panelState(m_ctx.workspace.item(n), n, m_ctx.values, m_ctx.engine, m_commaDecimal));
+    Session &session = m_ctx.session;
+    panel.show(panelState(
+        session.workspace().item(n), n, session.values(), session.engine(), m_commaDecimal));
 }
 
 } // namespace corvalog

@@ -2,7 +2,7 @@
 
 #include "FlashPhase.h"
 #include "LCDModule.h"
-#include "logging/DataLogger.h"
+#include "session/Session.h"
 
 #include <functional>
 #include <vector>
@@ -15,14 +15,8 @@ namespace corvalog {
 class DisplayRefresh
 {
 public:
-    static constexpr int kIntervalMs = 333;
-
     struct Context {
-        WorkspaceClass &workspace;
-        ChannelValues &values;
-        ScriptEngine &engine;
-        ReadValuesHost &host;
-        const DataLogger &logger;
+        Session &session;
         QWidget &window;
         // Panels by channel number; entry 0 is never used.
         const std::vector<LCDModule *> &panels;

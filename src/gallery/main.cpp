@@ -12,6 +12,8 @@
 #include "displays/eLCDContainer.h"
 #include "displays/eLCDText.h"
 #include "runtime/Clock.h"
+#include "runtime/TimerPeriods.h"
+#include "session/Session.h"
 #include "values/ScriptClass.h"
 
 #include <QApplication>
@@ -193,16 +195,20 @@ public:
 
 int live(QApplication &app, int seconds, const QString &screenshot)
 {
-    SystemClock clock;
-    auto tables = std::make_unique<ScriptClass>(clock);
-    ScriptEngine engine(*tables);
-    PacketHandler handler(*tables);
-    PacketPump pump(handler);
-    SimulatedProvider provider;
-    pump.attach(&provider);
-    provider.OpenInterface(0, 0);
+    LiveHost host;
+    SilentPrompts prompts;
+    struct NoView final : LoggingView, TickTimer {
+        void enableMenu(LogMenu, bool) override { }
+        void setLogLabel(const std::string &) override { }
+        void setLogLabelToolTip(const std::string &) override { }
+        void start(std::int32_t) override { }
+        void stop() override { }
+    } view;
+    Session session(SessionOptions { [] { return std::make_unique<SimulatedProvider>(); }, nullptr,
+                        numberLocale(), false, {} },
+        SessionHost { host, view, view, prompts });
 
-    WorkspaceClass ws;
+    WorkspaceClass &ws = session.workspace();
     ws.Channels = 24;
     ws.Items.assign(24, ItemClass {});
     const char *tags[] = { "FF12", "0012", "0C01", "0A1E", "0BA7", "5111", "0E44", "B117" };
@@ -215,18 +221,7 @@ int live(QApplication &app, int seconds, const QString &screenshot)
         item.Underload = -9999999;
         item.Timeout = 3;
     }
-    ChannelValues values;
-    prepareChannels(ws, values);
-    LiveHost host;
-    SilentPrompts prompts;
-    struct NoView final : LoggingView, TickTimer {
-        void enableMenu(LogMenu, bool) override { }
-        void setLogLabel(const std::string &) override { }
-        void setLogLabelToolTip(const std::string &) override { }
-        void start(std::int32_t) override { }
-        void stop() override { }
-    } view;
-    DataLogger logger({ ws, values, engine, host, view, view, clock, prompts }, false, {});
+    session.activate({ [] {}, [](std::int32_t) {} });
 
     QScrollArea window;
     auto *grid = new TableContainer;
@@ -244,12 +239,12 @@ int live(QApplication &app, int seconds, const QString &screenshot)
     }
     window.resize(960, 700);
     window.show();
-    DisplayRefresh refresh({ ws, values, engine, host, logger, window, panels, [](auto &) {} });
+    DisplayRefresh refresh({ session, window, panels, [](auto &) {} });
     QTimer screen, flash;
     QObject::connect(&screen, &QTimer::timeout, [&] { refresh.ScreenTimer_Timer(); });
     QObject::connect(&flash, &QTimer::timeout, [&] { DisplayRefresh::FlashTimer_Timer(phase); });
-    screen.start(DisplayRefresh::kIntervalMs);
-    flash.start(DisplayRefresh::kIntervalMs);
+    screen.start(kScreenIntervalMs);
+    flash.start(kFlashIntervalMs);
     if (seconds > 0)
         QTimer::singleShot(seconds * 1000, &app, [&] {
             if (!screenshot.isEmpty())

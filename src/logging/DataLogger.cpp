@@ -3,6 +3,7 @@
 #include "LogFormat.h"
 #include "runtime/Format.h"
 #include "runtime/NumberText.h"
+#include "runtime/TimerPeriods.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,7 +37,7 @@ std::string loggingProgressLabel(
 
 bool screenTickReadsValues(bool logging, std::int32_t logIntervalMs)
 {
-    return !(logging && logIntervalMs <= 333);
+    return !(logging && logIntervalMs <= kScreenIntervalMs);
 }
 
 DataLogger::DataLogger(Context context, bool semicolons, std::string rescueFolder)
@@ -44,6 +45,12 @@ DataLogger::DataLogger(Context context, bool semicolons, std::string rescueFolde
     , m_semicolons(semicolons)
     , m_rescueFolder(std::move(rescueFolder))
 {
+}
+
+void DataLogger::configure(bool semicolons, std::string rescueFolder)
+{
+    m_semicolons = semicolons;
+    m_rescueFolder = std::move(rescueFolder);
 }
 
 void DataLogger::DoLogging(const std::function<std::string()> &chooseFile)

@@ -36,6 +36,8 @@ public:
     // `semicolons`: the locale writes decimal commas, so fields are separated by ";".
     // `rescueFolder`: where the rows of a log file deleted while logging are saved.
     DataLogger(Context context, bool semicolons, std::string rescueFolder);
+    // Changes both, for logs started from now on.
+    void configure(bool semicolons, std::string rescueFolder);
 
     // Stops logging when on; otherwise, when the log interval allows logging, asks for the
     // file with `chooseFile` ("" when cancelled) and starts.
@@ -70,8 +72,8 @@ private:
     void stopAndTell(const LogFile::Failure &failure);
 
     Context m_ctx;
-    const bool m_semicolons;
-    const std::string m_rescueFolder;
+    bool m_semicolons;
+    std::string m_rescueFolder;
     LogFile m_file;
     std::string m_fileName;
     double m_elapsed = 0;

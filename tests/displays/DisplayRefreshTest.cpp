@@ -3,7 +3,7 @@
 #include "NullWindow.h"
 #include "RecordingPrompts.h"
 #include "displays/eLCD.h"
-#include "values/ScriptClass.h"
+#include "session/Session.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -17,17 +17,17 @@ class DisplayRefreshTest : public ::testing::Test
 public:
     QTemporaryDir dir;
     ManualClock clock { 46000.0 };
-    ScriptClass tables { clock };
-    ScriptEngine engine { tables };
-    WorkspaceClass ws;
-    ChannelValues values;
     NullWindow host;
     RecordingPrompts prompts;
-    DataLogger logger { { ws, values, engine, host, host, host, clock, prompts }, false, {} };
+    Session session { SessionOptions { nullptr, &clock, {}, false, {} },
+        SessionHost { host, host, host, prompts } };
+    WorkspaceClass &ws = session.workspace();
+    ChannelValues &values = session.values();
+    DataLogger &logger = session.logger();
     QWidget window;
     std::vector<LCDModule *> panels { nullptr };
     std::string logLine;
-    DisplayRefresh refresh { { ws, values, engine, host, logger, window, panels,
+    DisplayRefresh refresh { { session, window, panels,
         [this](const std::string &text) { logLine = text; } } };
 
     // Channels with their expressions; limits 0..10, format "0.0".

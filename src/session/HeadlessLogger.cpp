@@ -1,10 +1,11 @@
 #include "HeadlessLogger.h"
 
-#include "IntervalTimer.h"
 #include "acquisition/InterfaceInit.h"
 #include "acquisition/ProviderFactory.h"
 #include "acquisition/ReplayProvider.h"
 #include "acquisition/VirtualTimeSource.h"
+#include "logging/IntervalTimer.h"
+#include "runtime/TimerPeriods.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -26,40 +27,39 @@ public:
 
 HeadlessLogger::HeadlessLogger(
     WorkspaceClass workspace, HeadlessLogOptions options, UserPrompts &prompts)
-    : m_workspace(std::move(workspace))
-    , m_options(std::move(options))
+    : m_options(std::move(options))
     , m_prompts(prompts)
     , m_virtualClock(m_options.start)
-    , m_clock(m_options.virtualTime ? static_cast<const Clock &>(m_virtualClock) : m_systemClock)
-    , m_tables(std::make_unique<ScriptClass>(m_clock))
-    , m_engine(*m_tables)
-    , m_handler(*m_tables, numberLocale())
-    , m_pump(m_handler)
-    , m_host(
-          [this] {
-              return createProvider(m_options.source, m_options.virtualTime, numberLocale());
-          },
-          m_pump)
+    , m_logTimer(makeLogTimer())
+    , m_session(SessionOptions { [this] {
+                                    return createProvider(
+                                        m_options.source, m_options.virtualTime, numberLocale());
+                                },
+                    m_options.virtualTime ? &m_virtualClock : nullptr, numberLocale(),
+                    m_options.semicolons, m_options.rescueFolder },
+          SessionHost { *this, *this, *m_logTimer, m_prompts })
+{
+    m_session.workspace() = std::move(workspace);
+}
+
+std::unique_ptr<TickTimer> HeadlessLogger::makeLogTimer()
 {
     if (m_options.virtualTime)
-        m_logTimer = std::make_unique<VirtualTimer>();
-    else
-        m_logTimer = std::make_unique<IntervalTimer>([this](std::int32_t ms) {
-            if (m_rowLimit && m_logger->rowsWritten() >= *m_rowLimit)
-                return;
-            m_logger->LogTimer_Timer(ms);
-            if (m_rowLimit && m_logger->rowsWritten() >= *m_rowLimit && m_rowLimitReached)
-                m_rowLimitReached();
-        });
-    m_logger = std::make_unique<DataLogger>(DataLogger::Context { m_workspace, m_values, m_engine,
-                                                *this, *this, *m_logTimer, m_clock, m_prompts },
-        m_options.semicolons, m_options.rescueFolder);
+        return std::make_unique<VirtualTimer>();
+    return std::make_unique<IntervalTimer>([this](std::int32_t ms) {
+        DataLogger &logger = m_session.logger();
+        if (m_rowLimit && logger.rowsWritten() >= *m_rowLimit)
+            return;
+        m_session.logTick(ms);
+        if (m_rowLimit && logger.rowsWritten() >= *m_rowLimit && m_rowLimitReached)
+            m_rowLimitReached();
+    });
 }
 
 HeadlessLogger::~HeadlessLogger()
 {
-    m_logger->stop();
-    if (DataProvider *driver = m_host.driver())
+    m_session.logger().stop();
+    if (DataProvider *driver = m_session.driver())
         driver->CloseInterface();
 }
 
@@ -71,7 +71,7 @@ void HeadlessLogger::processEvents()
 
 std::string HeadlessLogger::panelTitle(int n) const
 {
-    return m_workspace.item(n).Caption;
+    return m_session.workspace().item(n).Caption;
 }
 
 bool HeadlessLogger::activate()
@@ -82,15 +82,8 @@ bool HeadlessLogger::activate()
     hooks.wait = [](std::int32_t) {};
     if (!m_options.virtualTime)
         hooks.processEvents = [] { QCoreApplication::processEvents(); };
-    InterfaceInit(m_host, m_workspace, m_prompts, hooks);
-    prepareChannels(m_workspace, m_values);
-    return m_host.driver() != nullptr;
-}
-
-void HeadlessLogger::screenTick()
-{
-    if (screenTickReadsValues(m_logger->isLogging(), m_workspace.LogInterval))
-        ReadValues(m_workspace, m_values, m_engine, *this);
+    m_session.activate(hooks);
+    return m_session.driver() != nullptr;
 }
 
 bool HeadlessLogger::run(const std::function<bool()> &stopRequested,
@@ -100,9 +93,9 @@ bool HeadlessLogger::run(const std::function<bool()> &stopRequested,
         return false;
     const bool ok = m_options.virtualTime ? runVirtual(stopRequested, progress)
                                           : runLive(stopRequested, progress);
-    m_rows = m_logger->rowsWritten();
-    m_logger->stop();
-    if (DataProvider *driver = m_host.driver())
+    m_rows = m_session.logger().rowsWritten();
+    m_session.logger().stop();
+    if (DataProvider *driver = m_session.driver())
         driver->CloseInterface();
     return ok;
 }
@@ -110,7 +103,7 @@ bool HeadlessLogger::run(const std::function<bool()> &stopRequested,
 bool HeadlessLogger::runVirtual(const std::function<bool()> &stopRequested,
     const std::function<void(const HeadlessProgress &)> &progress)
 {
-    auto *source = dynamic_cast<VirtualTimeSource *>(m_host.driver());
+    auto *source = dynamic_cast<VirtualTimeSource *>(m_session.driver());
     if (!source) {
         m_prompts.message(DataLogger::kTitle, "This packet source cannot run on virtual time.",
             PromptIcon::Critical);
@@ -119,10 +112,10 @@ bool HeadlessLogger::runVirtual(const std::function<bool()> &stopRequested,
     auto &timer = static_cast<VirtualTimer &>(*m_logTimer);
     // Virtual time passes only as packets come, so a stop is what ends a wait for a slow
     // writer of a FIFO, or for the reader of the log.
-    if (auto *replay = dynamic_cast<ReplayProvider *>(m_host.driver()))
+    if (auto *replay = dynamic_cast<ReplayProvider *>(m_session.driver()))
         replay->setInterruption(stopRequested);
-    m_logger->setInterruption(stopRequested);
-    if (!m_logger->start(m_options.outPath))
+    m_session.logger().setInterruption(stopRequested);
+    if (!m_session.logger().start(m_options.outPath))
         return false;
 
     QElapsedTimer wall;
@@ -147,13 +140,13 @@ bool HeadlessLogger::runVirtual(const std::function<bool()> &stopRequested,
         if (packet && *packet == now)
             source->advanceTo(now);
         if (static_cast<double>(screenNext) == now) {
-            screenTick();
+            m_session.screenTick();
             screenNext += kScreenIntervalMs;
         }
         if (logAt == now) {
-            m_logger->LogTimer_Timer(timer.interval);
+            m_session.logger().LogTimer_Timer(timer.interval);
             logNext += timer.interval;
-            if (!m_logger->isLogging())
+            if (!m_session.logger().isLogging())
                 return false; // a row could not be written; the user was told
         }
         if ((step & 0xFFF) == 0) {
@@ -161,7 +154,7 @@ bool HeadlessLogger::runVirtual(const std::function<bool()> &stopRequested,
                 break;
             if (wall.elapsed() - lastReport >= 1000) {
                 lastReport = wall.elapsed();
-                progress({ m_logger->rowsWritten(), m_logger->elapsedMs(),
+                progress({ m_session.logger().rowsWritten(), m_session.logger().elapsedMs(),
                     static_cast<double>(lastReport) / 1000.0 });
             }
         }
@@ -183,9 +176,9 @@ bool HeadlessLogger::runLive(const std::function<bool()> &stopRequested,
             && static_cast<double>(wall.elapsed()) >= *duration + static_cast<double>(grace);
     };
     // A row waiting for a pipe's reader is given up on a stop, or once the end is well past.
-    m_logger->setInterruption([&] { return stopRequested() || pastEnd(kGraceMs); });
-    if (duration && m_workspace.LogInterval > 0)
-        m_rowLimit = static_cast<std::uint64_t>(*duration / m_workspace.LogInterval);
+    m_session.logger().setInterruption([&] { return stopRequested() || pastEnd(kGraceMs); });
+    if (duration && m_session.workspace().LogInterval > 0)
+        m_rowLimit = static_cast<std::uint64_t>(*duration / m_session.workspace().LogInterval);
     m_rowLimitReached = [&] {
         if (pastEnd(0))
             loop.quit();
@@ -193,39 +186,40 @@ bool HeadlessLogger::runLive(const std::function<bool()> &stopRequested,
 
     QTimer screen;
     screen.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&screen, &QTimer::timeout, [this] { screenTick(); });
+    QObject::connect(&screen, &QTimer::timeout, [this] { m_session.screenTick(); });
     QTimer poll;
     qint64 lastReport = 0;
     QObject::connect(&poll, &QTimer::timeout, [&] {
-        m_logger->checkOutput();
+        m_session.logger().checkOutput();
         if (stopRequested()) {
             loop.quit();
-        } else if (!m_logger->isLogging()) {
+        } else if (!m_session.logger().isLogging()) {
             ok = false; // a row could not be written; the user was told
             loop.quit();
         } else if (pastEnd(0)
-            && (!m_rowLimit || m_logger->rowsWritten() >= *m_rowLimit || pastEnd(kGraceMs))) {
+            && (!m_rowLimit || m_session.logger().rowsWritten() >= *m_rowLimit
+                || pastEnd(kGraceMs))) {
             loop.quit();
         } else if (wall.elapsed() - lastReport >= 1000) {
             lastReport = wall.elapsed();
-            progress({ m_logger->rowsWritten(), m_logger->elapsedMs(),
+            progress({ m_session.logger().rowsWritten(), m_session.logger().elapsedMs(),
                 static_cast<double>(lastReport) / 1000.0 });
         }
     });
-    if (auto *replay = dynamic_cast<ReplayProvider *>(m_host.driver()))
+    if (auto *replay = dynamic_cast<ReplayProvider *>(m_session.driver()))
         QObject::connect(
             replay, &ReplayProvider::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
 
     // The run's time starts before the log is opened: a FIFO waiting for its reader counts.
     wall.start();
-    if (!m_logger->start(m_options.outPath))
+    if (!m_session.logger().start(m_options.outPath))
         return false;
     screen.start(kScreenIntervalMs);
     poll.start(50);
     loop.exec();
     m_rowLimitReached = nullptr;
-    m_logger->setInterruption(stopRequested);
-    return ok && m_logger->isLogging();
+    m_session.logger().setInterruption(stopRequested);
+    return ok && m_session.logger().isLogging();
 }
 
 } // namespace corvalog

@@ -1,10 +1,7 @@
 #pragma once
 
-#include "DataLogger.h"
-#include "acquisition/DriverHost.h"
-#include "acquisition/PacketPump.h"
+#include "Session.h"
 #include "acquisition/ProviderSource.h"
-#include "values/ScriptClass.h"
 
 #include <functional>
 #include <memory>
@@ -31,14 +28,12 @@ struct HeadlessProgress {
     double wallSeconds = 0;
 };
 
-// The main window without a window: the workspace activated as the program activates it, the
-// display refresh's evaluation on its 333 ms timer and the log timer writing rows, from one
-// packet source.
+// The main window without a window: a Session whose workspace is activated as the program
+// activates it, the display refresh's evaluation on its timer and the log timer writing rows,
+// from one packet source.
 class HeadlessLogger final : private ReadValuesHost, private LoggingView
 {
 public:
-    static constexpr std::int32_t kScreenIntervalMs = 333;
-
     HeadlessLogger(WorkspaceClass workspace, HeadlessLogOptions options, UserPrompts &prompts);
     ~HeadlessLogger() override;
 
@@ -49,14 +44,14 @@ public:
         const std::function<void(const HeadlessProgress &)> &progress);
 
     std::uint64_t rowsWritten() const { return m_rows; }
-    const DataProvider *driver() const { return m_host.driver(); }
-    const PacketHandler &handler() const { return m_handler; }
+    const DataProvider *driver() const { return m_session.driver(); }
+    const PacketHandler &handler() const { return m_session.handler(); }
 
 private:
     class VirtualTimer;
 
+    std::unique_ptr<TickTimer> makeLogTimer();
     bool activate();
-    void screenTick();
     bool runVirtual(const std::function<bool()> &stopRequested,
         const std::function<void(const HeadlessProgress &)> &progress);
     bool runLive(const std::function<bool()> &stopRequested,
@@ -72,20 +67,11 @@ private:
     void setLogLabel(const std::string &) override { }
     void setLogLabelToolTip(const std::string &) override { }
 
-    WorkspaceClass m_workspace;
     HeadlessLogOptions m_options;
     UserPrompts &m_prompts;
     ManualClock m_virtualClock;
-    SystemClock m_systemClock;
-    const Clock &m_clock;
-    std::unique_ptr<ScriptClass> m_tables;
-    ScriptEngine m_engine;
-    ChannelValues m_values;
-    PacketHandler m_handler;
-    PacketPump m_pump;
-    DriverHost m_host;
     std::unique_ptr<TickTimer> m_logTimer;
-    std::unique_ptr<DataLogger> m_logger;
+    Session m_session;
     std::uint64_t m_rows = 0;
     // A live run with a duration writes exactly the rows due up to its end, as a run on
     // virtual time does, and then ends.

@@ -1,0 +1,54 @@
+#include "Session.h"
+
+#include "values/ReadValues.h"
+
+namespace corvalog {
+
+Session::Session(SessionOptions options, SessionHost host)
+    : m_options(std::move(options))
+    , m_host(host)
+    , m_ownClock(m_options.clock ? nullptr : std::make_unique<SystemClock>())
+    , m_clock(m_options.clock ? *m_options.clock : *m_ownClock)
+    , m_tables(std::make_unique<ScriptClass>(m_clock))
+    , m_engine(*m_tables)
+    , m_handler(*m_tables, m_options.locale)
+    , m_pump(m_handler)
+    , m_driverHost(m_options.factory, m_pump)
+    , m_logger(DataLogger::Context { m_workspace, m_values, m_engine, host.readValues,
+                   host.loggingView, host.logTimer, m_clock, host.prompts },
+          m_options.semicolons, m_options.rescueFolder)
+{
+}
+
+Session::~Session()
+{
+    m_logger.stop();
+}
+
+void Session::configureLogging(bool semicolons, std::string rescueFolder)
+{
+    m_logger.configure(semicolons, std::move(rescueFolder));
+}
+
+void Session::activate(const InterfaceInitHooks &hooks)
+{
+    InterfaceInit(m_driverHost, m_workspace, m_host.prompts, hooks);
+    m_unstoredAtActivation = m_handler.droppedCount();
+    prepareChannels(m_workspace, m_values);
+}
+
+void Session::screenTick()
+{
+    if (screenTickReadsValues(m_logger.isLogging(), m_workspace.LogInterval))
+        ReadValues(m_workspace, m_values, m_engine, m_host.readValues);
+}
+
+SourceLosses Session::lossesSinceActivation() const
+{
+    const DataProvider *driver = m_driverHost.driver();
+    if (!driver)
+        return {};
+    return sourceLosses(*driver, m_handler.droppedCount() - m_unstoredAtActivation);
+}
+
+} // namespace corvalog
