@@ -93,6 +93,17 @@ int weekdayOf(double date)
     return static_cast<int>(((day + 6) % 7 + 7) % 7) + 1;
 }
 
+bool isLeapYear(int year)
+{
+    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
+
+int dayOfYear(const CivilDateTime &dt)
+{
+    static constexpr int before[] = { 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334 };
+    return before[dt.month - 1] + dt.day + (dt.month > 2 && isLeapYear(dt.year) ? 1 : 0);
+}
+
 std::int64_t dateDiffSeconds(double from, double to)
 {
     return floorDiv(dateToMilliseconds(to), 1000) - floorDiv(dateToMilliseconds(from), 1000);

@@ -28,6 +28,10 @@ double dateFromCivil(const CivilDateTime &dt);
 // Weekday of a date, 1 = Sunday to 7 = Saturday.
 int weekdayOf(double date);
 
+// The Gregorian calendar's leap years, and the day of the year of a date (1 January is 1).
+bool isLeapYear(int year);
+int dayOfYear(const CivilDateTime &dt);
+
 // Number of one-second boundaries crossed from `from` to `to` (negative when `to` is earlier).
 std::int64_t dateDiffSeconds(double from, double to);
 
