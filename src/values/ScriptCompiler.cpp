@@ -2,11 +2,13 @@
 
 #include "ScriptBuiltins.h"
 #include "ScriptClass.h"
+#include "ScriptLexer.h"
 #include "runtime/Ascii.h"
 #include "runtime/Convert.h"
 #include "runtime/Operators.h"
 #include "runtime/VbError.h"
 
+#include <array>
 #include <cctype>
 #include <charconv>
 #include <cmath>
@@ -17,380 +19,56 @@ namespace corvalog {
 
 namespace {
 
-enum class Tok {
-    End,
-    Number,
-    String,
-    Name,
-    Plus,
-    Minus,
-    Star,
-    Slash,
-    Backslash,
-    Caret,
-    Ampersand,
-    Equal,
-    NotEqual,
-    Less,
-    Greater,
-    LessEqual,
-    GreaterEqual,
-    LParen,
-    RParen,
-    Comma,
-    Dot,
-    // keywords
-    And,
-    Or,
-    Not,
-    Xor,
-    Eqv,
-    Imp,
-    Mod,
-    Is,
-    True,
-    False,
-    Empty,
-    Null,
-};
+using script::CompileError;
+using script::Lexer;
+using script::Tok;
+using script::Token;
 
-struct Token {
-    Tok kind = Tok::End;
-    std::string_view text; // names and the raw text of strings
-    Variant value; // numbers and strings
-};
-
-class CompileError
-{
-public:
-    explicit CompileError(int n)
-        : number(n)
-    {
-    }
-    int number;
-};
-
-constexpr std::size_t kMaxIdentifier = 255;
 constexpr int kMaxDepth = 200; // deeper nesting than any channel expression; keeps the stack safe
 
-bool isNameStart(char c)
-{
-    return std::isalpha(static_cast<unsigned char>(c)) != 0;
-}
+// The binary operators and how tightly each binds, from Imp (loosest) to "^" (tightest), as the
+// script orders them. Not sits between And and the comparisons; the signs bind tighter than "^"
+// (-2^2 is 4).
+constexpr int kNotPrecedence = 6;
+constexpr int kComparisonPrecedence = 7;
 
-bool isNameChar(char c)
-{
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
-}
-
-// A whole number literal takes the smallest of Integer and Long that holds it, else Double.
-Variant wholeLiteral(std::int64_t v)
-{
-    if (v >= -32768 && v <= 32767)
-        return Variant::integer(static_cast<std::int16_t>(v));
-    if (v >= INT32_MIN && v <= INT32_MAX)
-        return Variant::longValue(static_cast<std::int32_t>(v));
-    return Variant::dbl(static_cast<double>(v));
-}
-
-class Lexer
-{
-public:
-    explicit Lexer(std::string_view text)
-        : m_text(text)
-    {
-    }
-
-    Token next()
-    {
-        skipBlanks();
-        Token t;
-        if (m_pos >= m_text.size())
-            return t;
-        const char c = m_text[m_pos];
-        if (std::isdigit(static_cast<unsigned char>(c))
-            || (c == '.' && m_pos + 1 < m_text.size()
-                && std::isdigit(static_cast<unsigned char>(m_text[m_pos + 1]))))
-            return number();
-        if (c == '&' && m_pos + 2 < m_text.size()
-            && radixDigit(m_text[m_pos + 1], m_text[m_pos + 2]))
-            return radixNumber();
-        if (c == '"')
-            return string();
-        if (isNameStart(c) || c == '[')
-            return name();
-        ++m_pos;
-        switch (c) {
-        case '+':
-            t.kind = Tok::Plus;
-            return t;
-        case '-':
-            t.kind = Tok::Minus;
-            return t;
-        case '*':
-            t.kind = Tok::Star;
-            return t;
-        case '/':
-            t.kind = Tok::Slash;
-            return t;
-        case '\\':
-            t.kind = Tok::Backslash;
-            return t;
-        case '^':
-            t.kind = Tok::Caret;
-            return t;
-        case '&':
-            t.kind = Tok::Ampersand;
-            return t;
-        case '(':
-            t.kind = Tok::LParen;
-            return t;
-        case ')':
-            t.kind = Tok::RParen;
-            return t;
-        case ',':
-            t.kind = Tok::Comma;
-            return t;
-        case '.':
-            t.kind = Tok::Dot;
-            return t;
-        case '=':
-            t.kind = Tok::Equal;
-            if (accept('<'))
-                t.kind = Tok::LessEqual;
-            else if (accept('>'))
-                t.kind = Tok::GreaterEqual;
-            return t;
-        case '<':
-            t.kind = accept('>') ? Tok::NotEqual : accept('=') ? Tok::LessEqual : Tok::Less;
-            return t;
-        case '>':
-            t.kind = accept('<') ? Tok::NotEqual : accept('=') ? Tok::GreaterEqual : Tok::Greater;
-            return t;
-        case '\r':
-        case '\n':
-            if (m_text.find_first_not_of(" \t\r\n", m_pos) == std::string_view::npos) {
-                m_pos = m_text.size(); // trailing line ends are harmless
-                t.kind = Tok::End;
-                return t;
-            }
-            throw CompileError(vberr::ExpectedEndOfStatement);
-        case ':':
-            // A second statement: the text is not a single expression.
-            throw CompileError(vberr::ExpectedEndOfStatement);
-        default:
-            throw CompileError(vberr::InvalidCharacter);
-        }
-    }
-
-private:
-    void skipBlanks()
-    {
-        while (m_pos < m_text.size()) {
-            const char c = m_text[m_pos];
-            if (c == ' ' || c == '\t') {
-                ++m_pos;
-            } else if (c == '\'') {
-                m_pos = m_text.size(); // a comment runs to the end
-            } else if (c == '_' && onlyBlanksToLineEnd(m_pos + 1)) {
-                skipLineContinuation();
-            } else {
-                break;
-            }
-        }
-    }
-
-    bool onlyBlanksToLineEnd(std::size_t p) const
-    {
-        while (p < m_text.size() && (m_text[p] == ' ' || m_text[p] == '\t'))
-            ++p;
-        return p < m_text.size() && (m_text[p] == '\r' || m_text[p] == '\n');
-    }
-
-    void skipLineContinuation()
-    {
-        ++m_pos;
-        while (m_text[m_pos] != '\r' && m_text[m_pos] != '\n')
-            ++m_pos;
-        if (m_text[m_pos] == '\r' && m_pos + 1 < m_text.size() && m_text[m_pos + 1] == '\n')
-            ++m_pos;
-        ++m_pos;
-    }
-
-    bool accept(char c)
-    {
-        if (m_pos < m_text.size() && m_text[m_pos] == c) {
-            ++m_pos;
-            return true;
-        }
-        return false;
-    }
-
-    static bool radixDigit(char kind, char first)
-    {
-        const int k = std::toupper(static_cast<unsigned char>(kind));
-        return (k == 'H' && hexDigitValue(first) < 16) || (k == 'O' && hexDigitValue(first) < 8);
-    }
-
-    Token number()
-    {
-        const std::size_t start = m_pos;
-        bool real = false;
-        while (m_pos < m_text.size() && std::isdigit(static_cast<unsigned char>(m_text[m_pos])))
-            ++m_pos;
-        if (m_pos < m_text.size() && m_text[m_pos] == '.') {
-            real = true;
-            ++m_pos;
-            while (m_pos < m_text.size() && std::isdigit(static_cast<unsigned char>(m_text[m_pos])))
-                ++m_pos;
-        }
-        if (m_pos < m_text.size() && (m_text[m_pos] == 'e' || m_text[m_pos] == 'E')) {
-            std::size_t p = m_pos + 1;
-            if (p < m_text.size() && (m_text[p] == '+' || m_text[p] == '-'))
-                ++p;
-            if (p < m_text.size() && std::isdigit(static_cast<unsigned char>(m_text[p]))) {
-                real = true;
-                while (p < m_text.size() && std::isdigit(static_cast<unsigned char>(m_text[p])))
-                    ++p;
-                m_pos = p;
-            }
-        }
-        if (m_pos < m_text.size() && isNameStart(m_text[m_pos]) && !startsKeyword(m_pos))
-            throw CompileError(vberr::ExpectedEndOfStatement);
-        const std::string_view digits = m_text.substr(start, m_pos - start);
-        Token t;
-        t.kind = Tok::Number;
-        if (!real) {
-            std::int64_t v = 0;
-            auto res = std::from_chars(digits.data(), digits.data() + digits.size(), v);
-            if (res.ec == std::errc())
-                t.value = wholeLiteral(v);
-            else
-                real = true; // too long for a whole number: a Double
-        }
-        if (real) {
-            const std::string s(digits[0] == '.' ? "0" + std::string(digits) : std::string(digits));
-            try {
-                t.value = Variant::dbl(plainDecimalToDouble(s));
-            } catch (const VbError &) {
-                throw CompileError(vberr::InvalidNumber); // beyond the Double range
-            }
-        }
-        return t;
-    }
-
-    // "1or 2" and "&h01or&h02" are fine: a keyword may follow a number directly.
-    bool startsKeyword(std::size_t p) const
-    {
-        std::size_t e = p;
-        while (e < m_text.size() && isNameChar(m_text[e]))
-            ++e;
-        const std::string_view word = m_text.substr(p, e - p);
-        for (const char *k : { "and", "or", "xor", "eqv", "imp", "mod", "is" }) {
-            if (equalsIgnoringCase(word, k))
-                return true;
-        }
-        return false;
-    }
-
-    Token radixNumber()
-    {
-        const int radix
-            = std::toupper(static_cast<unsigned char>(m_text[m_pos + 1])) == 'H' ? 16 : 8;
-        m_pos += 2;
-        std::uint64_t v = 0;
-        while (m_pos < m_text.size() && hexDigitValue(m_text[m_pos]) < radix) {
-            v = v * radix + hexDigitValue(m_text[m_pos++]);
-            if (v > 0xFFFFFFFFull)
-                throw CompileError(vberr::InvalidNumber);
-        }
-        const bool longSuffix = accept('&');
-        std::int64_t value;
-        if (v <= 0xFFFF && !longSuffix)
-            value = static_cast<std::int16_t>(static_cast<std::uint16_t>(v)); // &HFFFF is -1
-        else
-            value = static_cast<std::int32_t>(static_cast<std::uint32_t>(v));
-        Token t;
-        t.kind = Tok::Number;
-        t.value = wholeLiteral(value);
-        return t;
-    }
-
-    Token string()
-    {
-        std::string s;
-        ++m_pos;
-        for (;;) {
-            if (m_pos >= m_text.size() || m_text[m_pos] == '\n' || m_text[m_pos] == '\r')
-                throw CompileError(vberr::UnterminatedString);
-            const char c = m_text[m_pos++];
-            if (c == '"') {
-                if (m_pos < m_text.size() && m_text[m_pos] == '"') {
-                    s += '"';
-                    ++m_pos;
-                    continue;
-                }
-                break;
-            }
-            s += c;
-        }
-        Token t;
-        t.kind = Tok::String;
-        t.value = Variant::string(std::move(s));
-        return t;
-    }
-
-    Token name()
-    {
-        Token t;
-        t.kind = Tok::Name;
-        if (m_text[m_pos] == '[') {
-            const std::size_t close = m_text.find(']', m_pos);
-            if (close == std::string_view::npos)
-                throw CompileError(vberr::ExpectedIdentifier);
-            t.text = m_text.substr(m_pos + 1, close - m_pos - 1);
-            m_pos = close + 1;
-        } else {
-            const std::size_t start = m_pos;
-            while (m_pos < m_text.size() && isNameChar(m_text[m_pos]))
-                ++m_pos;
-            t.text = m_text.substr(start, m_pos - start);
-            t.kind = keyword(t.text);
-        }
-        if (t.text.size() > kMaxIdentifier)
-            throw CompileError(vberr::IdentifierTooLong);
-        return t;
-    }
-
-    static Tok keyword(std::string_view w)
-    {
-        static const struct {
-            const char *word;
-            Tok kind;
-        } kKeywords[] = {
-            { "and", Tok::And },
-            { "or", Tok::Or },
-            { "not", Tok::Not },
-            { "xor", Tok::Xor },
-            { "eqv", Tok::Eqv },
-            { "imp", Tok::Imp },
-            { "mod", Tok::Mod },
-            { "is", Tok::Is },
-            { "true", Tok::True },
-            { "false", Tok::False },
-            { "empty", Tok::Empty },
-            { "null", Tok::Null },
-        };
-        for (const auto &k : kKeywords) {
-            if (equalsIgnoringCase(w, k.word))
-                return k.kind;
-        }
-        return Tok::Name;
-    }
-
-    std::string_view m_text;
-    std::size_t m_pos = 0;
+struct BinaryOperator {
+    int precedence = 0; // 0: not a binary operator
+    OpCode op = OpCode::Add;
+    bool comparison = false;
 };
+
+constexpr std::size_t kTokens = static_cast<std::size_t>(Tok::Null) + 1;
+constexpr std::array<BinaryOperator, kTokens> binaryOperators()
+{
+    std::array<BinaryOperator, kTokens> table {};
+    const auto set = [&table](Tok t, int precedence, OpCode op) {
+        table[static_cast<std::size_t>(t)] = { precedence, op, false };
+    };
+    set(Tok::Imp, 1, OpCode::Imp);
+    set(Tok::Eqv, 2, OpCode::Eqv);
+    set(Tok::Xor, 3, OpCode::Xor);
+    set(Tok::Or, 4, OpCode::Or);
+    set(Tok::And, 5, OpCode::And);
+    for (const Tok t : { Tok::Equal, Tok::NotEqual, Tok::Less, Tok::Greater, Tok::LessEqual,
+             Tok::GreaterEqual, Tok::Is })
+        table[static_cast<std::size_t>(t)] = { kComparisonPrecedence, OpCode::Compare, true };
+    set(Tok::Ampersand, 8, OpCode::Concat);
+    set(Tok::Plus, 9, OpCode::Add);
+    set(Tok::Minus, 9, OpCode::Subtract);
+    set(Tok::Mod, 10, OpCode::Modulo);
+    set(Tok::Backslash, 11, OpCode::IntDivide);
+    set(Tok::Star, 12, OpCode::Multiply);
+    set(Tok::Slash, 12, OpCode::Divide);
+    set(Tok::Caret, 13, OpCode::Power);
+    return table;
+}
+constexpr std::array<BinaryOperator, kTokens> kBinaryOperators = binaryOperators();
+
+const BinaryOperator &binaryOperatorOf(Tok t)
+{
+    return kBinaryOperators[static_cast<std::size_t>(t)];
+}
 
 // What the caller of a parse step needs to know about the operand it produced.
 struct Operand {
@@ -450,74 +128,47 @@ private:
     Operand expression()
     {
         Nesting guard(m_depth);
-        Operand left = eqv();
-        while (m_tok.kind == Tok::Imp) {
-            advance();
-            eqv();
-            binary(OpCode::Imp);
-            left = {};
-        }
-        return left;
+        return binaryFrom(1);
     }
 
-    Operand eqv()
+    // An operand followed by every binary operator that binds at least `minimum`, left to right;
+    // each right-hand operand holds only operators that bind tighter.
+    Operand binaryFrom(int minimum)
     {
-        Operand left = xorLevel();
-        while (m_tok.kind == Tok::Eqv) {
+        Operand left = operand();
+        for (;;) {
+            const BinaryOperator &b = binaryOperatorOf(m_tok.kind);
+            if (b.precedence == 0 || b.precedence < minimum)
+                return left;
+            if (m_tok.kind == Tok::Is)
+                throw CompileError(vberr::SyntaxError); // objects are not part of expressions here
+            ops::Comparison how = ops::Comparison::Equal;
+            comparisonOf(m_tok.kind, how);
             advance();
-            xorLevel();
-            binary(OpCode::Eqv);
+            const Operand right = binaryFrom(b.precedence + 1);
+            if (b.comparison) {
+                // A number literal on either side makes a comparison read text as a number.
+                emit(OpCode::Compare, static_cast<std::uint32_t>(how),
+                    left.literal || right.literal ? 1 : 0, -1);
+            } else {
+                binary(b.op);
+            }
             left = {};
         }
-        return left;
     }
 
-    Operand xorLevel()
-    {
-        Operand left = orLevel();
-        while (m_tok.kind == Tok::Xor) {
-            advance();
-            orLevel();
-            binary(OpCode::Xor);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand orLevel()
-    {
-        Operand left = andLevel();
-        while (m_tok.kind == Tok::Or) {
-            advance();
-            andLevel();
-            binary(OpCode::Or);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand andLevel()
-    {
-        Operand left = notLevel();
-        while (m_tok.kind == Tok::And) {
-            advance();
-            notLevel();
-            binary(OpCode::And);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand notLevel()
+    // Not applies to a whole comparison ("Not a = b" is "Not (a = b)"); anything else starts
+    // with its signs.
+    Operand operand()
     {
         Nesting guard(m_depth);
         if (m_tok.kind == Tok::Not) {
             advance();
-            notLevel();
+            binaryFrom(kNotPrecedence + 1);
             emit(OpCode::Not);
             return {};
         }
-        return comparison();
+        return sign();
     }
 
     static bool comparisonOf(Tok t, ops::Comparison &how)
@@ -544,96 +195,6 @@ private:
         default:
             return false;
         }
-    }
-
-    Operand comparison()
-    {
-        Operand left = concat();
-        ops::Comparison how;
-        while (comparisonOf(m_tok.kind, how) || m_tok.kind == Tok::Is) {
-            if (m_tok.kind == Tok::Is)
-                throw CompileError(vberr::SyntaxError); // objects are not part of expressions here
-            advance();
-            const Operand right = concat();
-            emit(OpCode::Compare, static_cast<std::uint32_t>(how),
-                left.literal || right.literal ? 1 : 0, -1);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand concat()
-    {
-        Operand left = additive();
-        while (m_tok.kind == Tok::Ampersand) {
-            advance();
-            additive();
-            binary(OpCode::Concat);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand additive()
-    {
-        Operand left = modulo();
-        while (m_tok.kind == Tok::Plus || m_tok.kind == Tok::Minus) {
-            const OpCode op = m_tok.kind == Tok::Plus ? OpCode::Add : OpCode::Subtract;
-            advance();
-            modulo();
-            binary(op);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand modulo()
-    {
-        Operand left = integerDivision();
-        while (m_tok.kind == Tok::Mod) {
-            advance();
-            integerDivision();
-            binary(OpCode::Modulo);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand integerDivision()
-    {
-        Operand left = multiplicative();
-        while (m_tok.kind == Tok::Backslash) {
-            advance();
-            multiplicative();
-            binary(OpCode::IntDivide);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand multiplicative()
-    {
-        Operand left = power();
-        while (m_tok.kind == Tok::Star || m_tok.kind == Tok::Slash) {
-            const OpCode op = m_tok.kind == Tok::Star ? OpCode::Multiply : OpCode::Divide;
-            advance();
-            power();
-            binary(op);
-            left = {};
-        }
-        return left;
-    }
-
-    Operand power()
-    {
-        Operand left = sign();
-        while (m_tok.kind == Tok::Caret) {
-            advance();
-            sign();
-            binary(OpCode::Power);
-            left = {};
-        }
-        return left;
     }
 
     // Unary minus binds tighter than "^": -2^2 is 4.
@@ -687,7 +248,7 @@ private:
             return {};
         }
         case Tok::Not: // "1 > Not 5 > 3": Not may open an operand
-            return notLevel();
+            return operand();
         case Tok::Name:
             call();
             return {};
