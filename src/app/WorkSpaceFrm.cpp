@@ -1,6 +1,7 @@
 #include "WorkSpaceFrm.h"
 
 #include "HelpTopics.h"
+#include "NumericLineEdit.h"
 #include "runtime/Convert.h"
 #include "runtime/NumberText.h"
 #include "runtime/UserPrompts.h"
@@ -62,114 +63,7 @@ enum Column {
     ColumnCount
 };
 
-const QColor kErrorText(255, 0, 0);
-
-// A text box that lets through only what the numeric key filter allows. Typing is filtered
-// key by key; whatever arrives in one piece (paste, middle click, input method) keeps only the
-// characters the filter would have let be typed. Drops are refused: they would bypass both.
-class NumericLineEdit : public QLineEdit
-{
-public:
-    NumericLineEdit(bool commaDecimal, std::string extra, QWidget *parent)
-        : QLineEdit(parent)
-        , m_commaDecimal(commaDecimal)
-        , m_extra(std::move(extra))
-    {
-        setAcceptDrops(false);
-    }
-
-protected:
-    void keyPressEvent(QKeyEvent *event) override
-    {
-        if (event->matches(QKeySequence::Paste)) {
-            insertFiltered(QGuiApplication::clipboard()->text(QClipboard::Clipboard));
-            event->accept();
-            return;
-        }
-        const QString typed = event->text();
-        const bool command = event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier);
-        if (!command && typed.size() == 1 && typed.at(0).isPrint() && !isReadOnly()) {
-            const QChar key = typed.at(0);
-            int start = 0;
-            int length = 0;
-            replacedRange(start, length);
-            if (key.unicode() > 0x7F
-                || !NumericKeyAllowed(text().toLatin1().toStdString(), start, length,
-                    static_cast<char>(key.unicode()), m_commaDecimal, m_extra)) {
-                event->accept(); // swallowed, as a refused key should be
-                return;
-            }
-        }
-        QLineEdit::keyPressEvent(event);
-    }
-
-    void contextMenuEvent(QContextMenuEvent *event) override
-    {
-        QMenu *menu = createStandardContextMenu();
-        // The standard Paste entry is known by its own (translated) caption.
-        const QString pasteCaption = QLineEdit::tr("&Paste");
-        for (QAction *action : menu->actions()) {
-            if (action->text().startsWith(pasteCaption)) {
-                disconnect(action, nullptr, this, nullptr);
-                connect(action, &QAction::triggered, this,
-                    [this] { insertFiltered(QGuiApplication::clipboard()->text()); });
-            }
-        }
-        menu->setAttribute(Qt::WA_DeleteOnClose);
-        menu->popup(event->globalPos());
-    }
-
-    void mouseReleaseEvent(QMouseEvent *event) override
-    {
-        if (event->button() == Qt::MiddleButton && !isReadOnly()
-            && QGuiApplication::clipboard()->supportsSelection()) {
-            deselect();
-            insertFiltered(QGuiApplication::clipboard()->text(QClipboard::Selection));
-            event->accept();
-            return;
-        }
-        QLineEdit::mouseReleaseEvent(event);
-    }
-
-    void inputMethodEvent(QInputMethodEvent *event) override
-    {
-        if (!event->commitString().isEmpty()) {
-            event->setCommitString(filtered(event->commitString()), event->replacementStart(),
-                event->replacementLength());
-        }
-        QLineEdit::inputMethodEvent(event);
-    }
-
-private:
-    void replacedRange(int &start, int &length) const
-    {
-        start = hasSelectedText() ? selectionStart() : cursorPosition();
-        length = hasSelectedText() ? static_cast<int>(selectedText().size()) : 0;
-    }
-
-    // Latin-1 keeps one byte per UTF-16 unit, so positions stay valid; anything beyond it
-    // becomes '?', which the filter refuses.
-    QString filtered(const QString &pasted) const
-    {
-        int start = 0;
-        int length = 0;
-        replacedRange(start, length);
-        return QString::fromLatin1(NumericPasteFilter(text().toLatin1().toStdString(), start,
-            length, pasted.toLatin1().toStdString(), m_commaDecimal, m_extra));
-    }
-
-    void insertFiltered(const QString &pasted)
-    {
-        if (isReadOnly())
-            return;
-        const QString kept = filtered(pasted);
-        if (!kept.isEmpty())
-            insert(kept);
-    }
-
-    bool m_commaDecimal;
-    std::string m_extra;
-};
+const QColor kErrorText(255, 0, 0); // of an expression that is wrong
 
 QPixmap markPixmap(bool tick)
 {
@@ -190,28 +84,6 @@ QPixmap markPixmap(bool tick)
         painter.drawLine(QPointF(12, 4), QPointF(4, 12));
     }
     return pixmap;
-}
-
-QString tip(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
-// Shows whether a number box holds a number: its text turns red and its tooltip says that the
-// setting keeps its value, until the box reads as a number again.
-void showNumberState(QLineEdit &box, bool isNumber)
-{
-    if (!box.property("plainToolTip").isValid())
-        box.setProperty("plainToolTip", box.toolTip());
-    const QString plain = box.property("plainToolTip").toString();
-    QPalette palette = box.palette();
-    palette.setColor(
-        QPalette::Text, isNumber ? QApplication::palette(&box).color(QPalette::Text) : kErrorText);
-    box.setPalette(palette);
-    box.setProperty("notANumber", !isNumber);
-    box.setToolTip(isNumber
-            ? plain
-            : QStringLiteral("This is not a number: the setting keeps its value.\n\n") + plain);
 }
 
 // Chooses the entry holding `value`, adding it in order when the list does not offer it, so a
@@ -247,81 +119,98 @@ WorkSpaceFrm::WorkSpaceFrm(WorkspaceClass &workspace, ScriptEngine &engine, User
     WorkSpaceToList();
 }
 
+namespace {
+
+// A control in its grid: the control (named and with its tooltip, the designer's texts), its
+// label (none for the check box), and where the two go. The control sits beside its label.
+struct Placed {
+    QWidget *control;
+    const char *name;
+    const char *labelName; // nullptr: no label
+    const char *label;
+    const char *toolTip; // nullptr: none
+    const char *helpTopic; // nullptr: the dialog's
+    int row;
+    int column; // of the label
+    int span = 1;
+};
+
+QGridLayout *gridOf(QWidget &dialog, std::initializer_list<Placed> controls)
+{
+    auto *grid = new QGridLayout;
+    for (const Placed &p : controls) {
+        p.control->setObjectName(QString::fromLatin1(p.name));
+        if (p.toolTip)
+            p.control->setToolTip(QString::fromUtf8(p.toolTip));
+        if (p.helpTopic)
+            p.control->setProperty(kHelpTopicProperty, p.helpTopic);
+        if (p.labelName) {
+            auto *caption = new QLabel(QString::fromUtf8(p.label), &dialog);
+            caption->setObjectName(QString::fromLatin1(p.labelName));
+            caption->setBuddy(p.control);
+            grid->addWidget(caption, p.row, p.column,
+                qobject_cast<QPlainTextEdit *>(p.control) ? Qt::AlignTop : Qt::Alignment());
+        }
+        grid->addWidget(p.control, p.row, p.column + 1, 1, p.span);
+    }
+    return grid;
+}
+
+} // namespace
+
 void WorkSpaceFrm::buildControls()
 {
-    auto label = [this](const char *name, const char *text, QWidget *buddy) {
-        auto *caption = new QLabel(tip(text), this);
-        caption->setObjectName(QString::fromLatin1(name));
-        caption->setBuddy(buddy);
-        return caption;
-    };
-    auto named = [](QWidget *widget, const char *name, const char *toolTip) {
-        widget->setObjectName(QString::fromLatin1(name));
-        widget->setToolTip(tip(toolTip));
-    };
-
     m_tbTitle = new QLineEdit(this);
-    named(m_tbTitle, "tbTitle",
-        "Enter a title for this workspace. This will be displayed in the window caption on the "
-        "main window");
     m_tbNotes = new QPlainTextEdit(this);
-    named(m_tbNotes, "tbNotes", "Record notes about this workspace");
     m_tbNotes->setTabChangesFocus(true);
     m_tbNotes->setFixedHeight(
         m_tbNotes->fontMetrics().lineSpacing() * 4 + 2 * m_tbNotes->frameWidth() + 8);
     m_cbInterface = new QComboBox(this);
-    named(m_cbInterface, "cbInterface",
-        "Select the interface type of the attached base station.\nIf is a serial port base "
-        "station you will also need to select the COM Port and Baudrate");
     m_cbPort = new QComboBox(this);
-    named(m_cbPort, "cbPort", "Select the COM port that the serial base station is connected to");
     m_cbBaudrate = new QComboBox(this);
-    named(m_cbBaudrate, "cbBaudrate",
-        "Select the baudrate that the serial base station is configured to");
     m_cbChannels = new QComboBox(this);
-    named(m_cbChannels, "cbChannels", "Select the number of channels to display and log");
     m_tbLogInterval = new NumericLineEdit(m_commaDecimal, {}, this);
-    named(m_tbLogInterval, "tbLogInterval",
-        "Interval between logging data from all defined channels");
-    m_tbLogInterval->setProperty(kHelpTopicProperty, "logging");
     m_cbRFChannel = new QComboBox(this);
-    named(m_cbRFChannel, "cbRFChannel",
-        "Select the radio channel to set the base station to. This must match the radio "
-        "channel of the modules you wish to acquire data from");
     m_cbAddress = new QComboBox(this);
-    named(m_cbAddress, "cbAddress",
-        "Select the base station address\n(Usually 1. Only applicable in multi base station "
-        "systems where the default address has been changed)");
     m_cbKeepAwake = new QCheckBox(tr("Keep Awake"), this);
-    named(m_cbKeepAwake, "cbKeepAwake",
-        "Whether to issue keep awake commands to acquisition modules.\nIf the modules have "
-        "been configured with a SleepDelay you will need to select this option");
-
-    auto *general = new QGridLayout;
-    general->addWidget(label("lblTitle", "Title", m_tbTitle), 0, 0);
-    general->addWidget(m_tbTitle, 0, 1, 1, 3);
-    general->addWidget(label("lblNotes", "Notes", m_tbNotes), 1, 0, Qt::AlignTop);
-    general->addWidget(m_tbNotes, 1, 1, 1, 3);
-    general->addWidget(label("lblInterface", "Interface", m_cbInterface), 2, 0);
-    general->addWidget(m_cbInterface, 2, 1);
-    general->addWidget(label("lblPort", "COM Port", m_cbPort), 3, 0);
-    general->addWidget(m_cbPort, 3, 1);
-    general->addWidget(label("lblBaudrate", "Baudrate", m_cbBaudrate), 4, 0);
-    general->addWidget(m_cbBaudrate, 4, 1);
-    general->addWidget(m_cbKeepAwake, 5, 1);
-    general->addWidget(label("lblChannels", "Channels", m_cbChannels), 2, 2);
-    general->addWidget(m_cbChannels, 2, 3);
-    general->addWidget(label("lblLogInterval", "Log Interval (ms)", m_tbLogInterval), 3, 2);
-    general->addWidget(m_tbLogInterval, 3, 3);
-    general->addWidget(label("lblRFChannel", "Radio Channel", m_cbRFChannel), 4, 2);
-    general->addWidget(m_cbRFChannel, 4, 3);
-    general->addWidget(label("lblAddress", "Basestation Address", m_cbAddress), 5, 2);
-    general->addWidget(m_cbAddress, 5, 3);
+    QGridLayout *general = gridOf(*this,
+        { { m_tbTitle, "tbTitle", "lblTitle", "Title",
+              "Enter a title for this workspace. This will be displayed in the window caption on "
+              "the main window",
+              nullptr, 0, 0, 3 },
+            { m_tbNotes, "tbNotes", "lblNotes", "Notes", "Record notes about this workspace",
+                nullptr, 1, 0, 3 },
+            { m_cbInterface, "cbInterface", "lblInterface", "Interface",
+                "Select the interface type of the attached base station.\nIf is a serial port "
+                "base station you will also need to select the COM Port and Baudrate",
+                nullptr, 2, 0 },
+            { m_cbPort, "cbPort", "lblPort", "COM Port",
+                "Select the COM port that the serial base station is connected to", nullptr, 3, 0 },
+            { m_cbBaudrate, "cbBaudrate", "lblBaudrate", "Baudrate",
+                "Select the baudrate that the serial base station is configured to", nullptr, 4,
+                0 },
+            { m_cbKeepAwake, "cbKeepAwake", nullptr, nullptr,
+                "Whether to issue keep awake commands to acquisition modules.\nIf the modules "
+                "have been configured with a SleepDelay you will need to select this option",
+                nullptr, 5, 0 },
+            { m_cbChannels, "cbChannels", "lblChannels", "Channels",
+                "Select the number of channels to display and log", nullptr, 2, 2 },
+            { m_tbLogInterval, "tbLogInterval", "lblLogInterval", "Log Interval (ms)",
+                "Interval between logging data from all defined channels", "logging", 3, 2 },
+            { m_cbRFChannel, "cbRFChannel", "lblRFChannel", "Radio Channel",
+                "Select the radio channel to set the base station to. This must match the radio "
+                "channel of the modules you wish to acquire data from",
+                nullptr, 4, 2 },
+            { m_cbAddress, "cbAddress", "lblAddress", "Basestation Address",
+                "Select the base station address\n(Usually 1. Only applicable in multi base "
+                "station systems where the default address has been changed)",
+                nullptr, 5, 2 } });
     general->setColumnStretch(1, 1);
     general->setColumnStretch(3, 1);
 
     m_lv = new QTreeWidget(this);
-    named(m_lv, "LV", "Click on a channel to view or edit its properties");
+    m_lv->setObjectName(QStringLiteral("LV"));
+    m_lv->setToolTip(tr("Click on a channel to view or edit its properties"));
     m_lv->setColumnCount(ColumnCount);
     m_lv->setHeaderLabels(
         { tr("Channel"), tr("Description"), tr("Expression"), tr("Format"), tr("Tare"),
@@ -335,105 +224,96 @@ void WorkSpaceFrm::buildControls()
     const std::array<int, ColumnCount> widths = { 55, 130, 180, 65, 60, 55, 75, 75, 75, 100 };
     for (int column = 0; column < ColumnCount; ++column)
         m_lv->setColumnWidth(column, widths[static_cast<std::size_t>(column)]);
+    m_lv->setMinimumHeight(m_lv->fontMetrics().height() * 6);
 
     m_channelBoxes = new QWidget(this);
     m_channelBoxes->setObjectName(QStringLiteral("channelBoxes"));
     m_tbCaption = new QLineEdit(m_channelBoxes);
-    named(m_tbCaption, "tbCaption", "Select title caption for this channel");
     m_tbTag = new QLineEdit(m_channelBoxes);
-    named(m_tbTag, "tbTag",
-        "Enter an expression to be evaluated and displayed for this channel.\n"
-        "Refer to an acquisition module by its Data Tag in triangular brackets, i.e. <FF12>\n"
-        "Refer to another channel by its number in triangular brackets, i.e. <3>\n"
-        "Combine values with operators, i.e. <FE12>+<FE23>*255\n"
-        "Click the Help button to see the Expressions section of the help");
-    m_tbTag->setProperty(kHelpTopicProperty, "expressions");
-    // A workspace file gives back at most this much of a value; more would be cut on the next
-    // load, changing the expression's meaning.
     m_normalExpression = m_tbTag->palette();
     m_tick = new QLabel(m_channelBoxes);
-    named(m_tick, "Tick", "The expression is valid");
+    m_tick->setObjectName(QStringLiteral("Tick"));
+    m_tick->setToolTip(tr("The expression is valid"));
     m_tick->setPixmap(markPixmap(true));
     m_cross = new QLabel(m_channelBoxes);
     m_cross->setObjectName(QStringLiteral("Cross"));
     m_cross->setPixmap(markPixmap(false));
     m_cross->hide();
+    auto *expression = new QWidget(m_channelBoxes);
+    auto *expressionRow = new QHBoxLayout(expression);
+    expressionRow->setContentsMargins(0, 0, 0, 0);
+    expressionRow->addWidget(m_tbTag, 1);
+    expressionRow->addWidget(m_tick);
+    expressionRow->addWidget(m_cross);
     m_tbFormat = new NumericLineEdit(m_commaDecimal, "0.", m_channelBoxes);
-    named(m_tbFormat, "tbFormat",
-        "Specify display format for this channel. Use zeros and a decimal point to define the "
-        "format. i.e.  00.0000");
-    m_tbFormat->setProperty(kHelpTopicProperty, "number-formats");
+    m_tbTareValue = new NumericLineEdit(m_commaDecimal, {}, m_channelBoxes);
+    m_tbTimeout = new QLineEdit(m_channelBoxes);
+    m_tbDefault = new QLineEdit(m_channelBoxes);
+    m_tbUnderload = new QLineEdit(m_channelBoxes);
+    m_tbOverload = new QLineEdit(m_channelBoxes);
+    m_ddFunction = new QComboBox(m_channelBoxes);
+    QGridLayout *channel = gridOf(*m_channelBoxes,
+        { { m_tbCaption, "tbCaption", "lblCaption", "Title",
+              "Select title caption for this channel", nullptr, 0, 0 },
+            { m_tbFormat, "tbFormat", "lblFormat", "Format",
+                "Specify display format for this channel. Use zeros and a decimal point to define "
+                "the format. i.e.  00.0000",
+                "number-formats", 1, 0 },
+            { m_tbTareValue, "tbTareValue", "lblTareValue", "Tare Value",
+                "The current tare value for this channel.\nYou can set this manually or it will "
+                "be populated automatically when you click the Zero button on the main window",
+                "zero-and-tare", 1, 2 },
+            { m_tbTimeout, "tbTimeout", "lblTimeout", "Timeout (s)",
+                "Timeout in seconds for all Zenta modules referenced in this channels "
+                "expression.\nIf data has not arrived from an acquisition module for more than "
+                "this time period the Default Value will be used in expressions that reference "
+                "that module",
+                nullptr, 1, 4 },
+            { m_tbDefault, "tbDefault", "lblDefault", "Default Value",
+                "The default value to use if data has not arrived from a module for longer than "
+                "the defined Timeout",
+                nullptr, 2, 0 },
+            { m_tbUnderload, "tbUnderload", "lblUnderload", "Underload",
+                "Set a net underload value below which the display will flash", "limits", 2, 2 },
+            { m_tbOverload, "tbOverload", "lblOverload", "Overload",
+                "Set a net overload value above which the display will flash", "limits", 2, 4 },
+            { m_ddFunction, "ddFunction", "lblFunction", "Function",
+                "Choose a function to apply to this channels value", "functions", 3, 0 } });
+    // The expression box and its marks, where the grid puts one control.
+    auto *tagLabel = new QLabel(tr("Expression"), m_channelBoxes);
+    tagLabel->setObjectName(QStringLiteral("lblTag"));
+    tagLabel->setBuddy(m_tbTag);
+    m_tbTag->setObjectName(QStringLiteral("tbTag"));
+    m_tbTag->setToolTip(
+        tr("Enter an expression to be evaluated and displayed for this channel.\n"
+           "Refer to an acquisition module by its Data Tag in triangular brackets, i.e. <FF12>\n"
+           "Refer to another channel by its number in triangular brackets, i.e. <3>\n"
+           "Combine values with operators, i.e. <FE12>+<FE23>*255\n"
+           "Click the Help button to see the Expressions section of the help"));
+    m_tbTag->setProperty(kHelpTopicProperty, "expressions");
+    channel->addWidget(tagLabel, 0, 2);
+    channel->addWidget(expression, 0, 3, 1, 3);
+    channel->setContentsMargins(0, 0, 0, 0);
+    channel->setColumnStretch(1, 1);
+    channel->setColumnStretch(3, 1);
+    channel->setColumnStretch(5, 1);
+    m_channelBoxes->setLayout(channel);
     // A workspace file gives back at most this much of a value; more would be cut on the next
     // load, changing the expression's meaning.
     for (QLineEdit *box : { m_tbTitle, m_tbCaption, m_tbTag, m_tbFormat })
         box->setMaxLength(static_cast<int>(kIniValueLength));
-    m_tbTareValue = new NumericLineEdit(m_commaDecimal, {}, m_channelBoxes);
-    named(m_tbTareValue, "tbTareValue",
-        "The current tare value for this channel.\nYou can set this manually or it will be "
-        "populated automatically when you click the Zero button on the main window");
-    m_tbTareValue->setProperty(kHelpTopicProperty, "zero-and-tare");
-    m_tbTimeout = new QLineEdit(m_channelBoxes);
-    named(m_tbTimeout, "tbTimeout",
-        "Timeout in seconds for all Zenta modules referenced in this channels expression.\nIf "
-        "data has not arrived from an acquisition module for more than this time period the "
-        "Default Value will be used in expressions that reference that module");
-    m_tbDefault = new QLineEdit(m_channelBoxes);
-    named(m_tbDefault, "tbDefault",
-        "The default value to use if data has not arrived from a module for longer than the "
-        "defined Timeout");
-    m_tbUnderload = new QLineEdit(m_channelBoxes);
-    named(m_tbUnderload, "tbUnderload",
-        "Set a net underload value below which the display will flash");
-    m_tbUnderload->setProperty(kHelpTopicProperty, "limits");
-    m_tbOverload = new QLineEdit(m_channelBoxes);
-    named(
-        m_tbOverload, "tbOverload", "Set a net overload value above which the display will flash");
-    m_tbOverload->setProperty(kHelpTopicProperty, "limits");
-    m_ddFunction = new QComboBox(m_channelBoxes);
-    named(m_ddFunction, "ddFunction", "Choose a function to apply to this channels value");
-    m_ddFunction->setProperty(kHelpTopicProperty, "functions");
-
-    auto *expression = new QHBoxLayout;
-    expression->setContentsMargins(0, 0, 0, 0);
-    expression->addWidget(m_tbTag, 1);
-    expression->addWidget(m_tick);
-    expression->addWidget(m_cross);
-
-    auto *channel = new QGridLayout(m_channelBoxes);
-    channel->setContentsMargins(0, 0, 0, 0);
-    channel->addWidget(label("lblCaption", "Title", m_tbCaption), 0, 0);
-    channel->addWidget(m_tbCaption, 0, 1);
-    channel->addWidget(label("lblTag", "Expression", m_tbTag), 0, 2);
-    channel->addLayout(expression, 0, 3, 1, 3);
-    channel->addWidget(label("lblFormat", "Format", m_tbFormat), 1, 0);
-    channel->addWidget(m_tbFormat, 1, 1);
-    channel->addWidget(label("lblTareValue", "Tare Value", m_tbTareValue), 1, 2);
-    channel->addWidget(m_tbTareValue, 1, 3);
-    channel->addWidget(label("lblTimeout", "Timeout (s)", m_tbTimeout), 1, 4);
-    channel->addWidget(m_tbTimeout, 1, 5);
-    channel->addWidget(label("lblDefault", "Default Value", m_tbDefault), 2, 0);
-    channel->addWidget(m_tbDefault, 2, 1);
-    channel->addWidget(label("lblUnderload", "Underload", m_tbUnderload), 2, 2);
-    channel->addWidget(m_tbUnderload, 2, 3);
-    channel->addWidget(label("lblOverload", "Overload", m_tbOverload), 2, 4);
-    channel->addWidget(m_tbOverload, 2, 5);
-    channel->addWidget(label("lblFunction", "Function", m_ddFunction), 3, 0);
-    channel->addWidget(m_ddFunction, 3, 1);
-    channel->setColumnStretch(1, 1);
-    channel->setColumnStretch(3, 1);
-    channel->setColumnStretch(5, 1);
 
     auto *ok = new QPushButton(tr("OK"), this);
     ok->setObjectName(QStringLiteral("btnOK"));
     ok->setDefault(true);
     auto *help = new QPushButton(tr("Help"), this);
-    named(help, "btnHelp", "Show help for this window");
+    help->setObjectName(QStringLiteral("btnHelp"));
+    help->setToolTip(tr("Show help for this window"));
     // The help follows the focus, so pressing Help must leave it where the user was.
     help->setFocusPolicy(Qt::NoFocus);
     help->setAutoDefault(false);
     connect(ok, &QPushButton::clicked, this, &QDialog::accept);
     connect(help, &QPushButton::clicked, this, [] { sendHelpKey(); });
-
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(help);
     buttons->addStretch(1);
@@ -447,13 +327,11 @@ void WorkSpaceFrm::buildControls()
     fields->addLayout(general);
     fields->addWidget(m_lv, 1);
     fields->addWidget(m_channelBoxes);
-    m_lv->setMinimumHeight(m_lv->fontMetrics().height() * 6);
     auto *scroll = new QScrollArea(this);
     scroll->setObjectName(QStringLiteral("editorScroll"));
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidget(content);
-
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(scroll, 1);
     layout->addLayout(buttons);
