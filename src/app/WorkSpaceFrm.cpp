@@ -1,29 +1,25 @@
 #include "WorkSpaceFrm.h"
 
+#include "ExpressionBox.h"
 #include "HelpTopics.h"
+#include "LabelledGrid.h"
 #include "NumericLineEdit.h"
 #include "runtime/Convert.h"
 #include "runtime/NumberText.h"
 #include "runtime/UserPrompts.h"
 #include "runtime/VbError.h"
-#include "values/ExpressionCheck.h"
 #include "values/ScriptEngine.h"
 #include "values/ValidateModule.h"
 #include "workspace/INIFileModule.h"
 #include "workspace/WorkspaceClass.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QClipboard>
+#include <QGuiApplication>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QInputMethodEvent>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
-#include <QPainter>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
@@ -63,29 +59,6 @@ enum Column {
     ColumnCount
 };
 
-const QColor kErrorText(255, 0, 0); // of an expression that is wrong
-
-QPixmap markPixmap(bool tick)
-{
-    constexpr int kSide = 16;
-    const qreal ratio = qApp->devicePixelRatio();
-    QPixmap pixmap(QSize(kSide, kSide) * ratio);
-    pixmap.setDevicePixelRatio(ratio);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(tick ? QColor(0, 150, 0) : QColor(210, 0, 0), 2.5, Qt::SolidLine,
-        Qt::RoundCap, Qt::RoundJoin));
-    if (tick) {
-        const QPointF stroke[] = { { 2.5, 8.5 }, { 6.5, 12.5 }, { 13.5, 3.5 } };
-        painter.drawPolyline(stroke, 3);
-    } else {
-        painter.drawLine(QPointF(4, 4), QPointF(12, 12));
-        painter.drawLine(QPointF(12, 4), QPointF(4, 12));
-    }
-    return pixmap;
-}
-
 // Chooses the entry holding `value`, adding it in order when the list does not offer it, so a
 // workspace set up elsewhere keeps its setting.
 void selectValue(QComboBox &combo, int value)
@@ -119,45 +92,6 @@ WorkSpaceFrm::WorkSpaceFrm(WorkspaceClass &workspace, ScriptEngine &engine, User
     WorkSpaceToList();
 }
 
-namespace {
-
-// A control in its grid: the control (named and with its tooltip, the designer's texts), its
-// label (none for the check box), and where the two go. The control sits beside its label.
-struct Placed {
-    QWidget *control;
-    const char *name;
-    const char *labelName; // nullptr: no label
-    const char *label;
-    const char *toolTip; // nullptr: none
-    const char *helpTopic; // nullptr: the dialog's
-    int row;
-    int column; // of the label
-    int span = 1;
-};
-
-QGridLayout *gridOf(QWidget &dialog, std::initializer_list<Placed> controls)
-{
-    auto *grid = new QGridLayout;
-    for (const Placed &p : controls) {
-        p.control->setObjectName(QString::fromLatin1(p.name));
-        if (p.toolTip)
-            p.control->setToolTip(QString::fromUtf8(p.toolTip));
-        if (p.helpTopic)
-            p.control->setProperty(kHelpTopicProperty, p.helpTopic);
-        if (p.labelName) {
-            auto *caption = new QLabel(QString::fromUtf8(p.label), &dialog);
-            caption->setObjectName(QString::fromLatin1(p.labelName));
-            caption->setBuddy(p.control);
-            grid->addWidget(caption, p.row, p.column,
-                qobject_cast<QPlainTextEdit *>(p.control) ? Qt::AlignTop : Qt::Alignment());
-        }
-        grid->addWidget(p.control, p.row, p.column + 1, 1, p.span);
-    }
-    return grid;
-}
-
-} // namespace
-
 void WorkSpaceFrm::buildControls()
 {
     m_tbTitle = new QLineEdit(this);
@@ -173,7 +107,7 @@ void WorkSpaceFrm::buildControls()
     m_cbRFChannel = new QComboBox(this);
     m_cbAddress = new QComboBox(this);
     m_cbKeepAwake = new QCheckBox(tr("Keep Awake"), this);
-    QGridLayout *general = gridOf(*this,
+    QGridLayout *general = labelledGrid(*this,
         { { m_tbTitle, "tbTitle", "lblTitle", "Title",
               "Enter a title for this workspace. This will be displayed in the window caption on "
               "the main window",
@@ -229,22 +163,8 @@ void WorkSpaceFrm::buildControls()
     m_channelBoxes = new QWidget(this);
     m_channelBoxes->setObjectName(QStringLiteral("channelBoxes"));
     m_tbCaption = new QLineEdit(m_channelBoxes);
-    m_tbTag = new QLineEdit(m_channelBoxes);
-    m_normalExpression = m_tbTag->palette();
-    m_tick = new QLabel(m_channelBoxes);
-    m_tick->setObjectName(QStringLiteral("Tick"));
-    m_tick->setToolTip(tr("The expression is valid"));
-    m_tick->setPixmap(markPixmap(true));
-    m_cross = new QLabel(m_channelBoxes);
-    m_cross->setObjectName(QStringLiteral("Cross"));
-    m_cross->setPixmap(markPixmap(false));
-    m_cross->hide();
-    auto *expression = new QWidget(m_channelBoxes);
-    auto *expressionRow = new QHBoxLayout(expression);
-    expressionRow->setContentsMargins(0, 0, 0, 0);
-    expressionRow->addWidget(m_tbTag, 1);
-    expressionRow->addWidget(m_tick);
-    expressionRow->addWidget(m_cross);
+    m_expression = new ExpressionBox(m_engine, m_channelBoxes);
+    m_tbTag = &m_expression->edit();
     m_tbFormat = new NumericLineEdit(m_commaDecimal, "0.", m_channelBoxes);
     m_tbTareValue = new NumericLineEdit(m_commaDecimal, {}, m_channelBoxes);
     m_tbTimeout = new QLineEdit(m_channelBoxes);
@@ -252,7 +172,7 @@ void WorkSpaceFrm::buildControls()
     m_tbUnderload = new QLineEdit(m_channelBoxes);
     m_tbOverload = new QLineEdit(m_channelBoxes);
     m_ddFunction = new QComboBox(m_channelBoxes);
-    QGridLayout *channel = gridOf(*m_channelBoxes,
+    QGridLayout *channel = labelledGrid(*m_channelBoxes,
         { { m_tbCaption, "tbCaption", "lblCaption", "Title",
               "Select title caption for this channel", nullptr, 0, 0 },
             { m_tbFormat, "tbFormat", "lblFormat", "Format",
@@ -292,7 +212,7 @@ void WorkSpaceFrm::buildControls()
            "Click the Help button to see the Expressions section of the help"));
     m_tbTag->setProperty(kHelpTopicProperty, "expressions");
     channel->addWidget(tagLabel, 0, 2);
-    channel->addWidget(expression, 0, 3, 1, 3);
+    channel->addWidget(m_expression, 0, 3, 1, 3);
     channel->setContentsMargins(0, 0, 0, 0);
     channel->setColumnStretch(1, 1);
     channel->setColumnStretch(3, 1);
@@ -430,7 +350,7 @@ void WorkSpaceFrm::connectControls()
         ItemClass *item = m_loading ? nullptr : currentItem();
         if (item == nullptr)
             return;
-        checkExpression();
+        m_expression->check(currentItem() != nullptr);
         // Kept even when it does not evaluate: the user may be half-way through it.
         item->DataTagList = text.toStdString();
         refreshRow(m_current);
@@ -593,7 +513,7 @@ void WorkSpaceFrm::itemToBoxes()
     for (QLineEdit *box : { m_tbTareValue, m_tbTimeout, m_tbDefault, m_tbUnderload, m_tbOverload })
         showNumberState(*box, true);
     m_channelBoxes->setEnabled(item != nullptr);
-    checkExpression();
+    m_expression->check(currentItem() != nullptr);
 }
 
 void WorkSpaceFrm::refreshRow(int channel)
@@ -620,31 +540,6 @@ void WorkSpaceFrm::fillRow(QTreeWidgetItem &row, int channel, const ItemClass &i
         function >= 0 && function < static_cast<int>(kFunctionNames.size())
             ? m_ddFunction->itemText(function)
             : QString::number(function));
-}
-
-void WorkSpaceFrm::checkExpression()
-{
-    if (currentItem() == nullptr) {
-        m_tick->hide();
-        m_cross->hide();
-        m_tbTag->setPalette(m_normalExpression);
-        return;
-    }
-    const ExpressionCheck check
-        = corvalog::checkExpression(m_engine, m_tbTag->text().toStdString());
-    const bool invalid = !check.valid;
-    m_tick->setVisible(!invalid);
-    m_cross->setVisible(invalid);
-    if (invalid) {
-        m_cross->setToolTip(
-            QStringLiteral("Error in expression: ") + QString::fromStdString(check.description));
-        QPalette palette = m_normalExpression;
-        palette.setColor(QPalette::Text, kErrorText);
-        m_tbTag->setPalette(palette);
-    } else {
-        m_cross->setToolTip(QString());
-        m_tbTag->setPalette(m_normalExpression);
-    }
 }
 
 void WorkSpaceFrm::showInterfaceChoice(int index)

@@ -1,11 +1,9 @@
 #pragma once
 
 #include <QDialog>
-#include <QPalette>
 
 class QCheckBox;
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QShowEvent;
@@ -16,6 +14,7 @@ namespace corvalog {
 
 struct ItemClass;
 struct WorkspaceClass;
+class ExpressionBox;
 class ScriptEngine;
 class UserPrompts;
 
@@ -63,7 +62,6 @@ private:
     void itemToBoxes();
     void refreshRow(int channel);
     void fillRow(QTreeWidgetItem &row, int channel, const ItemClass &item) const;
-    void checkExpression();
     void showInterfaceChoice(int index);
 
     ItemClass *currentItem();
@@ -77,7 +75,6 @@ private:
     int m_current = 0;
     bool m_loading = false; // the program, not the user, is writing into the controls
     bool m_returned = false; // FormToWorkspace already ran for this showing
-    QPalette m_normalExpression;
 
     QLineEdit *m_tbTitle = nullptr;
     QPlainTextEdit *m_tbNotes = nullptr;
@@ -92,8 +89,7 @@ private:
     QTreeWidget *m_lv = nullptr;
     QLineEdit *m_tbCaption = nullptr;
     QLineEdit *m_tbTag = nullptr;
-    QLabel *m_tick = nullptr;
-    QLabel *m_cross = nullptr;
+    ExpressionBox *m_expression = nullptr;
     QLineEdit *m_tbFormat = nullptr;
     QLineEdit *m_tbTareValue = nullptr;
     QLineEdit *m_tbTimeout = nullptr;
