@@ -2,7 +2,9 @@
 
 #include "InterfaceInit.h"
 #include "runtime/Convert.h"
+#include "runtime/Val.h"
 #include "runtime/VbError.h"
+#include "values/TagReplace.h"
 
 #include <cstdio>
 
@@ -32,6 +34,26 @@ void StayAwakeTick(DriverHost &host, const WorkspaceClass &workspace)
         host.driver()->KeepAwakeAll();
     } catch (const VbError &) {
     }
+}
+
+ModuleChoice moduleOfChannel(const WorkspaceClass &workspace, const std::string &typed)
+{
+    const double number = Val(typed);
+    if (!(number >= 1 && number < workspace.Channels + 1))
+        return { 0, -1, "There is no channel " + typed + "." };
+    const int channel = static_cast<int>(number);
+    const std::int32_t tag = firstDataTag(workspace.item(channel).DataTagList);
+    if (tag < 0)
+        return { channel, -1,
+            "Channel " + std::to_string(channel) + " does not refer to a module." };
+    return { channel, tag, {} };
+}
+
+std::string pauseResumeOutcome(int channel, bool pause, bool acknowledged)
+{
+    return "Channel " + std::to_string(channel)
+        + (acknowledged ? (pause ? ": the module is paused." : ": the module is running again.")
+                        : ": the module did not answer.");
 }
 
 bool PauseResume(DriverHost &host, const WorkspaceClass &workspace, StatusDisplay &status,

@@ -31,6 +31,19 @@ void StayAwakeTick(DriverHost &host, const WorkspaceClass &workspace);
 // 50 ms between attempts (`delay`, Delay by default). True when fewer than 100 attempts were
 // made: a module that acknowledged on the 100th or 101st attempt counts as failed, and a closed
 // window as success. Driver errors and a BSAddress beyond a byte raise VbError to the caller.
+// The module a pause or resume is meant for, from the channel number the user typed: the
+// channel and the first Data Tag of its expression, or why there is none ("There is no
+// channel 7.").
+struct ModuleChoice {
+    int channel = 0;
+    std::int32_t tag = -1;
+    std::string error; // empty when the choice stands
+};
+ModuleChoice moduleOfChannel(const WorkspaceClass &workspace, const std::string &typed);
+
+// The progress line once a pause or resume has ended.
+std::string pauseResumeOutcome(int channel, bool pause, bool acknowledged);
+
 bool PauseResume(DriverHost &host, const WorkspaceClass &workspace, StatusDisplay &status,
     std::int16_t Pause, std::int32_t ID, std::int16_t Channel,
     const std::function<void(std::int32_t)> &delay = {});

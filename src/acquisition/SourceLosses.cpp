@@ -22,4 +22,12 @@ std::vector<std::string> lossSentences(const SourceLosses &losses)
     return sentences;
 }
 
+std::string lossWarning(const SourceLosses &losses)
+{
+    std::string text = "Packets from the data source were lost:";
+    for (const std::string &sentence : lossSentences(losses))
+        text += " " + sentence + ".";
+    return text + " Further losses are not told until a workspace is activated again.";
+}
+
 } // namespace corvalog

@@ -27,4 +27,8 @@ SourceLosses sourceLosses(const DataProvider &driver, std::uint64_t unstored);
 // read (its receive buffer was full)".
 std::vector<std::string> lossSentences(const SourceLosses &losses);
 
+// The program's one warning of an activation's losses: every sentence, and that no more are
+// told until the next activation.
+std::string lossWarning(const SourceLosses &losses);
+
 } // namespace corvalog

@@ -3,6 +3,9 @@
 #include "AppStyle.h"
 #include "FormAbout.h"
 #include "HelpTopics.h"
+#include "MainMenus.h"
+#include "PanelGrid.h"
+#include "StatusStrip.h"
 #include "WorkSpaceFrm.h"
 #include "acquisition/ModuleCommands.h"
 #include "acquisition/SourceLosses.h"
@@ -11,14 +14,10 @@
 #include "logging/LogMenuActions.h"
 #include "runtime/Format.h"
 #include "runtime/TimerPeriods.h"
-#include "runtime/Val.h"
 #include "runtime/VbError.h"
-#include "values/PanelState.h"
 #include "values/StatusReport.h"
-#include "values/TagReplace.h"
 #include "values/ZeroChannel.h"
 #include "workspace/FileDialog.h"
-#include "workspace/INIFileModule.h"
 #include "workspace/Settings.h"
 #include "workspace/WorkspaceModule.h"
 
@@ -28,11 +27,9 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QFileInfo>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QScreen>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace corvalog {
@@ -48,10 +45,6 @@ QString q(const std::string &text)
 constexpr int kMajor = CORVALOG_VERSION_MAJOR;
 constexpr int kMinor = CORVALOG_VERSION_MINOR;
 constexpr int kRevision = CORVALOG_VERSION_PATCH;
-
-// The strip below the grid holding the logging line, the version and the logo: the grid's
-// bottom margin less the height the window gives up when it is fitted around the grid.
-constexpr int kStripTwips = TableContainer::kBottomMarginTwips - 300;
 
 // The probe of the start-up: 0 formatted "0.0" has a comma as its second character where the
 // locale writes decimal commas.
@@ -83,15 +76,11 @@ MainFrm::MainFrm(MainFrmOptions options)
     }
     setObjectName(QStringLiteral("MainFrm"));
     setProperty(kHelpTopicProperty, QStringLiteral("main-window"));
-    buildMenus();
+    m_calibration = buildMainMenus(*this);
     buildWindow();
 
     m_screenTimer.setInterval(kScreenIntervalMs);
     connect(&m_screenTimer, &QTimer::timeout, this, &MainFrm::ScreenTimer_Timer);
-    m_flashTimer.setInterval(kFlashIntervalMs);
-    connect(&m_flashTimer, &QTimer::timeout, this,
-        [this] { DisplayRefresh::FlashTimer_Timer(m_flasher); });
-    m_flashTimer.start();
     m_stayAwakeTimer.setInterval(kStayAwakeIntervalMs);
     connect(&m_stayAwakeTimer, &QTimer::timeout, this,
         [this] { StayAwakeTick(m_session.driverHost(), m_workspace); });
@@ -106,60 +95,6 @@ MainFrm::~MainFrm()
     m_refresh.reset();
 }
 
-void MainFrm::buildMenus()
-{
-    const auto add = [this](QMenu *menu, const char *name, const QString &caption,
-                         void (MainFrm::*slot)(), const QKeySequence &keys = {}) {
-        QAction *a = menu->addAction(caption);
-        a->setObjectName(QString::fromLatin1(name));
-        a->setShortcut(keys);
-        connect(a, &QAction::triggered, this, slot);
-        return a;
-    };
-    QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
-    add(file, "mnuopen", QStringLiteral("&Open Workspace"), &MainFrm::mnuopen_Click,
-        QKeySequence::Open);
-    add(file, "mnuSave", QStringLiteral("&Save Workspace"), &MainFrm::mnuSave_Click,
-        QKeySequence::Save);
-    file->addSeparator()->setObjectName(QStringLiteral("mnublank"));
-    add(file, "mnuEditWorkspace", QStringLiteral("Configure &Workspace"),
-        &MainFrm::mnuEditWorkspace_Click);
-    file->addSeparator();
-    add(file, "mnuExit", QStringLiteral("E&xit"), &MainFrm::mnuExit_Click);
-
-    // Ctrl+L starts and stops: only one of the two is enabled at a time.
-    QMenu *logging = menuBar()->addMenu(QStringLiteral("&Logging"));
-    add(logging, "mnuStartLog", QStringLiteral("&Start Logging"), &MainFrm::mnuStartStopLog_Click,
-        QKeySequence(Qt::CTRL | Qt::Key_L));
-    add(logging, "mnuStopLog", QStringLiteral("S&top Logging"), &MainFrm::mnuStartStopLog_Click,
-        QKeySequence(Qt::CTRL | Qt::Key_L))
-        ->setEnabled(false);
-    logging->addSeparator();
-    add(logging, "mnuIntervalConfig", QStringLiteral("Log &Interval"),
-        &MainFrm::mnuIntervalConfig_Click);
-    add(logging, "mnuViewLog", QStringLiteral("&View Last Log"), &MainFrm::mnuViewLog_Click);
-
-    QMenu *sleepWake = menuBar()->addMenu(QStringLiteral("&Sleep && Wake"));
-    sleepWake->setObjectName(QStringLiteral("mnusleepwake"));
-    add(sleepWake, "mnuWake", QStringLiteral("&Wake"), &MainFrm::mnuWake_Click);
-    add(sleepWake, "mnuSleep", QStringLiteral("S&leep"), &MainFrm::mnuSleep_Click);
-
-    m_calibration = menuBar()->addMenu(QStringLiteral("&Calibration"));
-    m_calibration->setObjectName(QStringLiteral("mnuCalibration"));
-    QAction *pause = m_calibration->addAction(QStringLiteral("&Pause Module"));
-    pause->setObjectName(QStringLiteral("mnuPause"));
-    connect(pause, &QAction::triggered, this, [this] { mnuPauseResume_Click(true); });
-    QAction *resume = m_calibration->addAction(QStringLiteral("&Resume Module"));
-    resume->setObjectName(QStringLiteral("mnuResume"));
-    connect(resume, &QAction::triggered, this, [this] { mnuPauseResume_Click(false); });
-    m_calibration->menuAction()->setVisible(false);
-
-    // F1 itself is caught application-wide, so it opens the topic of the focused control.
-    QMenu *helpMenu = menuBar()->addMenu(QStringLiteral("&Help"));
-    add(helpMenu, "mnuHelpContents", QStringLiteral("&Contents\tF1"), &MainFrm::mnuHelp_Click);
-    add(helpMenu, "mnuAbout", QStringLiteral("&About Corvalog"), &MainFrm::mnuAbout_Click);
-}
-
 void MainFrm::buildWindow()
 {
     auto *central = new QWidget;
@@ -167,54 +102,49 @@ void MainFrm::buildWindow()
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
 
-    m_scroll = new QScrollArea;
-    m_scroll->setObjectName(QStringLiteral("GridScroll"));
-    m_scroll->setFrameShape(QFrame::NoFrame);
-    m_scroll->setWidgetResizable(true);
-    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_grid = new TableContainer;
-    m_grid->setObjectName(QStringLiteral("TableContainer1"));
-    m_grid->setProperty(kHelpTopicProperty, QStringLiteral("panels"));
-    m_scroll->setWidget(m_grid);
-    column->addWidget(m_scroll, 1);
+    m_panels = new PanelGrid;
+    connect(m_panels, &PanelGrid::zeroClicked, this, &MainFrm::panelZero);
+    connect(m_panels, &PanelGrid::panelClicked, this, &MainFrm::panelClick);
+    column->addWidget(m_panels, 1);
 
-    // Element 0 of the panel array: the template, never shown.
-    auto *templ = new LCDModule(m_grid);
-    templ->setProperty("Index", 0);
-    templ->hide();
-    m_disp.push_back(templ);
-
-    auto *strip = new QWidget;
-    strip->setObjectName(QStringLiteral("StatusStrip"));
-    strip->setFixedHeight(twipsToPixels(kStripTwips));
-    auto *row = new QHBoxLayout(strip);
-    row->setContentsMargins(8, 0, 6, 2);
-    m_logLabel = new QLabel;
-    m_logLabel->setObjectName(QStringLiteral("LogLabel"));
-    m_logLabel->setProperty(kHelpTopicProperty, QStringLiteral("logging"));
-    // A long log path must not make the window wider; the tooltip has it whole.
-    m_logLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_vers = new QLabel;
-    m_vers->setObjectName(QStringLiteral("Vers"));
-    m_vers->setEnabled(false);
-    m_logo = new QLabel;
-    m_logo->setObjectName(QStringLiteral("ImageLogo"));
-    m_logo->setCursor(Qt::PointingHandCursor);
-    m_logo->installEventFilter(this);
-    row->addWidget(m_logLabel, 1);
-    row->addWidget(m_vers);
-    row->addWidget(m_logo);
-    column->addWidget(strip);
+    m_strip = new StatusStrip;
+    connect(m_strip, &StatusStrip::logoClicked, this, &MainFrm::ImageLogo_Click);
+    column->addWidget(m_strip);
     setCentralWidget(central);
 
     // One panel always fits, with the strip and the menu.
     setMinimumSize(twipsToPixels(LCDModule::kWidthTwips),
-        menuBar()->sizeHint().height() + strip->height() + 40);
+        menuBar()->sizeHint().height() + m_strip->height() + 40);
 }
 
 QAction *MainFrm::action(const char *name) const
 {
     return findChild<QAction *>(QString::fromLatin1(name));
+}
+
+const std::vector<LCDModule *> &MainFrm::Disp() const
+{
+    return m_panels->panels();
+}
+
+TableContainer *MainFrm::grid() const
+{
+    return m_panels->grid();
+}
+
+QLabel *MainFrm::LogLabel() const
+{
+    return m_strip->logLabel();
+}
+
+QLabel *MainFrm::Vers() const
+{
+    return m_strip->version();
+}
+
+QLabel *MainFrm::ImageLogo() const
+{
+    return m_strip->logo();
 }
 
 bool MainFrm::Form_Load()
@@ -226,7 +156,7 @@ bool MainFrm::Form_Load()
     m_instanceMarker->tryLock(0);
 
     // 2, 3. Version label and icon.
-    m_vers->setText(QStringLiteral("v%1.%2.%3").arg(kMajor).arg(kMinor).arg(kRevision));
+    m_strip->version()->setText(QStringLiteral("v%1.%2.%3").arg(kMajor).arg(kMinor).arg(kRevision));
     setWindowIcon(AppIcon());
 
     // 4. The user's separators, then: decimal commas in this locale?
@@ -237,24 +167,17 @@ bool MainFrm::Form_Load()
     m_paths = setUpPaths(m_options.folders, m_prompts);
     m_session.configureLogging(m_commaDecimal,
         m_options.rescueFolder.empty() ? m_paths.logFolder : m_options.rescueFolder);
-    m_refresh = std::make_unique<DisplayRefresh>(DisplayRefresh::Context { m_session, *this, m_disp,
-        [this](const std::string &line) {
-            setLogLabel(line);
-            setLogLabelToolTip(line);
-        },
-        m_commaDecimal });
+    m_refresh = std::make_unique<DisplayRefresh>(
+        DisplayRefresh::Context { m_session, *this, m_panels->panels(),
+            [this](const std::string &line) {
+                setLogLabel(line);
+                setLogLabelToolTip(line);
+            },
+            m_commaDecimal });
     m_help.setManual(manualPath(q(m_paths.programFolder)));
 
-    // 6. The logo: a .jpg replaces a .gif. Unreadable pictures are ignored.
-    const QDir programDir(q(m_paths.programFolder));
-    for (const char *ext : { ".gif", ".jpg" }) {
-        const QString logo
-            = programDir.filePath(QString::fromLatin1(kProgramName) + QLatin1String(ext));
-        QPixmap picture;
-        if (QFileInfo::exists(logo) && picture.load(logo))
-            m_logo->setPixmap(picture.scaledToHeight(
-                qMin(picture.height(), twipsToPixels(kStripTwips) - 4), Qt::SmoothTransformation));
-    }
+    // 6. The logo.
+    m_strip->loadLogo(q(m_paths.programFolder));
 
     // 7, 8. The script engine is ready; the look is the application's style.
     // 9. Start from the empty workspace.
@@ -270,13 +193,11 @@ bool MainFrm::Form_Load()
         LoadWorkspace(m_workspace, fixed, m_prompts);
     } else {
         action("mnuEditWorkspace")->setVisible(true);
-        const std::string file
-            = ReadINI(m_paths.settingsFile, settings::kWorkspaceFiles, settings::kInitFile, "");
-        if (!file.empty()) {
-            const std::string dir
-                = ReadINI(m_paths.settingsFile, settings::kWorkspaceFiles, settings::kInitDir, "");
-            LoadWorkspace(m_workspace, dir + "/" + file, m_prompts, m_paths.settingsFile);
-        }
+        const RecentFile last
+            = readRecentFile(m_paths.settingsFile, settings::kWorkspaceFiles, "", "");
+        if (!last.file.empty())
+            LoadWorkspace(
+                m_workspace, last.folder + "/" + last.file, m_prompts, m_paths.settingsFile);
     }
 
     // 11. Can a driver object be made at all?
@@ -297,7 +218,7 @@ bool MainFrm::Form_Load()
     m_screenTimer.start();
 
     // 16. The logo's tooltip.
-    m_logo->setToolTip(QStringLiteral("Go to ") + QString::fromLatin1(kWebAddress));
+    m_strip->logo()->setToolTip(QStringLiteral("Go to ") + QString::fromLatin1(kWebAddress));
 
     // 17. The calibration commands, for the word "workbay" alone.
     m_calibration->menuAction()->setVisible(
@@ -313,26 +234,7 @@ void MainFrm::SetupDisplays()
             ? q(m_workspace.Title)
             : q(m_workspace.Title) + QStringLiteral(" - ") + QString::fromLatin1(kProgramName));
 
-    for (std::size_t i = m_disp.size() - 1; i >= 1; --i)
-        delete m_disp[i];
-    m_disp.resize(1);
-
-    for (int i = 1; i <= m_workspace.Channels; ++i) {
-        const ItemClass &item = m_workspace.item(i);
-        auto *panel = new LCDModule(m_grid);
-        panel->setObjectName(QStringLiteral("Disp%1").arg(i));
-        panel->setProperty("Index", i);
-        panel->setProperty(kHelpTopicProperty, QStringLiteral("panels"));
-        panel->setForeColor(kBlack);
-        panel->InitFlashLabel(&m_flasher);
-        panel->setVisible(true);
-        panel->setTitle(q(item.Caption));
-        panel->setValue(q(panelText(Format(Variant::integer(0), item.Format), m_commaDecimal)));
-        panel->setBtnCaption(q(zeroButtonCaption(item.Functionality)));
-        connect(panel, &LCDModule::Zero, this, [this, i] { panelZero(i); });
-        connect(panel, &LCDModule::Click, this, [this, i] { panelClick(i); });
-        m_disp.push_back(panel);
-    }
+    m_panels->showChannels(m_workspace, m_commaDecimal);
 
     enableMenu(LogMenu::StartLog, m_workspace.Channels >= 1);
     enableMenu(LogMenu::StopLog, false);
@@ -366,10 +268,10 @@ void MainFrm::fitWindowToGrid()
     const WindowSize stored = readWindowSize(*m_options.userSettings());
     const int clientWidth = qMax(minimumWidth(), twipsToPixels(stored.width) - frameW);
     resize(clientWidth, qMax(minimumHeight(), twipsToPixels(stored.height) - frameH));
-    m_grid->resize(clientWidth, m_grid->height());
-    m_grid->Refresh();
+    m_panels->grid()->resize(clientWidth, m_panels->grid()->height());
+    m_panels->grid()->Refresh();
 
-    const QSize extent = m_grid->scaleExtentTwips();
+    const QSize extent = m_panels->grid()->scaleExtentTwips();
     QSize fitted(twipsToPixels(extent.width() + 2 * border) - frameW,
         twipsToPixels(extent.height() + allowance + 2 * border) - frameH);
     // Never narrower than the menu bar (its last menus would fold away behind a button), never
@@ -418,10 +320,7 @@ void MainFrm::tellLosses()
     if (losses.total() == 0)
         return;
     m_lossTold = true;
-    std::string text = "Packets from the data source were lost:";
-    for (const std::string &sentence : lossSentences(losses))
-        text += " " + sentence + ".";
-    text += " Further losses are not told until a workspace is activated again.";
+    const std::string text = lossWarning(losses);
     // Told from the event loop: the message runs events, and the refresh must not run inside
     // itself.
     QTimer::singleShot(0, this, [this, text] {
@@ -441,15 +340,6 @@ void MainFrm::closeEvent(QCloseEvent *event)
     }
     Form_Unload();
     event->accept();
-}
-
-bool MainFrm::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_logo && event->type() == QEvent::MouseButtonRelease) {
-        ImageLogo_Click();
-        return true;
-    }
-    return QMainWindow::eventFilter(watched, event);
 }
 
 bool MainFrm::keepOrSaveChanges()
@@ -503,7 +393,7 @@ bool MainFrm::Form_QueryUnload()
 void MainFrm::Form_Unload()
 {
     m_status.unload();
-    m_flashTimer.stop();
+    m_panels->stopBlinking();
     SaveForm();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     m_options.eventWait(1000);
@@ -601,27 +491,17 @@ void MainFrm::mnuPauseResume_Click(bool pause)
         "Enter the channel whose module to " + std::string(pause ? "pause." : "resume."), "1");
     if (!answer)
         return;
-    const int channel = static_cast<int>(Val(*answer));
-    if (channel < 1 || channel > m_workspace.Channels) {
-        m_prompts.message(title, "There is no channel " + *answer + ".", PromptIcon::Exclamation,
-            PromptButtons::Ok);
-        return;
-    }
-    const std::int32_t tag = firstDataTag(m_workspace.item(channel).DataTagList);
-    if (tag < 0) {
-        m_prompts.message(title,
-            "Channel " + std::to_string(channel) + " does not refer to a module.",
-            PromptIcon::Exclamation, PromptButtons::Ok);
+    const ModuleChoice choice = moduleOfChannel(m_workspace, *answer);
+    if (!choice.error.empty()) {
+        m_prompts.message(title, choice.error, PromptIcon::Exclamation, PromptButtons::Ok);
         return;
     }
     try {
         const bool ok = PauseResume(m_session.driverHost(), m_workspace, m_status, pause ? 1 : 0,
-            tag, static_cast<std::int16_t>(channel));
+            choice.tag, static_cast<std::int16_t>(choice.channel));
         if (!m_status.StatusClosed())
-            m_status.ShowMessage(std::string("Channel ") + std::to_string(channel)
-                    + (ok ? (pause ? ": the module is paused." : ": the module is running again.")
-                          : ": the module did not answer."),
-                kModuleCommandTitle);
+            m_status.ShowMessage(
+                pauseResumeOutcome(choice.channel, pause, ok), kModuleCommandTitle);
     } catch (const VbError &e) {
         m_prompts.message(
             title, "Error: " + e.description(), PromptIcon::Critical, PromptButtons::Ok);
@@ -660,8 +540,9 @@ void MainFrm::panelZero(int n)
     const bool shift = QGuiApplication::queryKeyboardModifiers() & Qt::ShiftModifier;
     const ZeroResult result
         = ZeroChannel(n, shift, m_workspace, m_session.values(), m_prompts, m_paths.settingsFile);
-    if (result.netIndicator && n < static_cast<int>(m_disp.size()))
-        m_disp[static_cast<std::size_t>(n)]->setNetInd(*result.netIndicator);
+    LCDModule *panel = m_panels->panel(n);
+    if (result.netIndicator && panel)
+        panel->setNetInd(*result.netIndicator);
 }
 
 void MainFrm::panelClick(int n)
@@ -672,7 +553,7 @@ void MainFrm::panelClick(int n)
 
 void MainFrm::setReadingLabel(const std::string &text)
 {
-    m_logLabel->setText(q(text));
+    m_strip->logLabel()->setText(q(text));
 }
 
 void MainFrm::processEvents()
@@ -682,41 +563,26 @@ void MainFrm::processEvents()
 
 std::string MainFrm::panelTitle(int n) const
 {
-    if (n < 1 || n >= static_cast<int>(m_disp.size()))
-        return {};
-    return m_disp[static_cast<std::size_t>(n)]->Title().toStdString();
+    const LCDModule *panel = m_panels->panel(n);
+    return panel ? panel->Title().toStdString() : std::string();
 }
 
 void MainFrm::enableMenu(LogMenu menu, bool enabled)
 {
-    const char *name = "mnuStartLog";
-    switch (menu) {
-    case LogMenu::StartLog:
-        break;
-    case LogMenu::StopLog:
-        name = "mnuStopLog";
-        break;
-    case LogMenu::ViewLog:
-        name = "mnuViewLog";
-        break;
-    case LogMenu::EditWorkspace:
-        name = "mnuEditWorkspace";
-        break;
-    case LogMenu::Open:
-        name = "mnuopen";
-        break;
-    }
-    action(name)->setEnabled(enabled);
+    // In the order of LogMenu.
+    static constexpr const char *kNames[]
+        = { "mnuStartLog", "mnuStopLog", "mnuViewLog", "mnuEditWorkspace", "mnuopen" };
+    action(kNames[static_cast<int>(menu)])->setEnabled(enabled);
 }
 
 void MainFrm::setLogLabel(const std::string &caption)
 {
-    m_logLabel->setText(q(caption));
+    m_strip->logLabel()->setText(q(caption));
 }
 
 void MainFrm::setLogLabelToolTip(const std::string &text)
 {
-    m_logLabel->setToolTip(q(text));
+    m_strip->logLabel()->setToolTip(q(text));
 }
 
 } // namespace corvalog

@@ -4,7 +4,6 @@
 #include "StatusFrm.h"
 #include "acquisition/InterfaceInit.h"
 #include "displays/DisplayRefresh.h"
-#include "displays/FlashPhase.h"
 #include "logging/IntervalTimer.h"
 #include "runtime/Clock.h"
 #include "runtime/NumberLocale.h"
@@ -22,11 +21,12 @@
 class QAction;
 class QLabel;
 class QMenu;
-class QScrollArea;
 
 namespace corvalog {
 
 class LCDModule;
+class PanelGrid;
+class StatusStrip;
 class TableContainer;
 
 // What the main window is given by the program (and by tests).
@@ -90,6 +90,8 @@ public:
     void mnuWake_Click();
     void mnuSleep_Click();
     void mnuPauseResume_Click(bool pause);
+    void mnuPause_Click() { mnuPauseResume_Click(true); }
+    void mnuResume_Click() { mnuPauseResume_Click(false); }
     void mnuAbout_Click();
     void ImageLogo_Click();
     void mnuHelp_Click();
@@ -104,11 +106,11 @@ public:
     HelpWindow &help() { return m_help; }
     DriverHost &driverHost() { return m_session.driverHost(); }
     const SettingsPaths &paths() const { return m_paths; }
-    const std::vector<LCDModule *> &Disp() const { return m_disp; }
-    TableContainer *grid() const { return m_grid; }
-    QLabel *LogLabel() const { return m_logLabel; }
-    QLabel *Vers() const { return m_vers; }
-    QLabel *ImageLogo() const { return m_logo; }
+    const std::vector<LCDModule *> &Disp() const;
+    TableContainer *grid() const;
+    QLabel *LogLabel() const;
+    QLabel *Vers() const;
+    QLabel *ImageLogo() const;
     QAction *action(const char *name) const;
     QMenu *mnuCalibration() const { return m_calibration; }
     bool FixedInstall() const { return m_fixedInstall; }
@@ -126,7 +128,6 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void tellLosses();
@@ -140,11 +141,9 @@ private:
     void setLogLabel(const std::string &caption) override;
     void setLogLabelToolTip(const std::string &text) override;
 
-    void buildMenus();
     void buildWindow();
     bool Form_QueryUnload();
     void Form_Unload();
-    void activate();
     void fitWindowToGrid();
     // Keeps the window at least as wide as its menu bar; the menu bar's width.
     int keepMenusInView();
@@ -161,21 +160,15 @@ private:
     IntervalTimer m_logTimer;
     Session m_session;
     WorkspaceClass &m_workspace; // the session's, named as the window has always named it
-    FlashPhase m_flasher;
-    std::vector<LCDModule *> m_disp; // [0] is the template, never shown
     std::unique_ptr<DisplayRefresh> m_refresh;
     StatusWindow m_status;
     HelpWindow m_help;
 
     QTimer m_screenTimer;
-    QTimer m_flashTimer;
     QTimer m_stayAwakeTimer;
 
-    QScrollArea *m_scroll = nullptr;
-    TableContainer *m_grid = nullptr;
-    QLabel *m_logLabel = nullptr;
-    QLabel *m_vers = nullptr;
-    QLabel *m_logo = nullptr;
+    PanelGrid *m_panels = nullptr;
+    StatusStrip *m_strip = nullptr;
     QMenu *m_calibration = nullptr;
 
     bool m_fixedInstall = false;

@@ -14,9 +14,9 @@
 #include "workspace/WorkspaceClass.h"
 
 #include <QCheckBox>
-#include <QGuiApplication>
 #include <QComboBox>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>

@@ -32,7 +32,6 @@ public:
     void setClosing(bool closing) { m_closing = closing; }
 
     void ScreenTimer_Timer();
-    static void FlashTimer_Timer(FlashPhase &phase) { phase.toggle(); }
 
 private:
     void showChannel(int n, LCDModule &panel);

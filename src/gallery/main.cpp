@@ -242,7 +242,7 @@ int live(QApplication &app, int seconds, const QString &screenshot)
     DisplayRefresh refresh({ session, window, panels, [](auto &) {} });
     QTimer screen, flash;
     QObject::connect(&screen, &QTimer::timeout, [&] { refresh.ScreenTimer_Timer(); });
-    QObject::connect(&flash, &QTimer::timeout, [&] { DisplayRefresh::FlashTimer_Timer(phase); });
+    QObject::connect(&flash, &QTimer::timeout, [&] { phase.toggle(); });
     screen.start(kScreenIntervalMs);
     flash.start(kFlashIntervalMs);
     if (seconds > 0)

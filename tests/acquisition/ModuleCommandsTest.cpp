@@ -116,3 +116,35 @@ TEST_F(ModuleCommandsTest, WakeSleepAndKeepAwake)
 }
 
 } // namespace
+
+TEST(ModuleOfChannel, TheTypedNumberMustNameAChannelThatReadsAModule)
+{
+    WorkspaceClass workspace;
+    workspace.Channels = 3;
+    workspace.Items.resize(3);
+    workspace.item(1).DataTagList = "(<ff12>+<0012>)/2";
+    workspace.item(2).DataTagList = "<1>*2";
+    workspace.item(3).DataTagList = "<3>+<00A0>";
+    const struct {
+        const char *typed;
+        int channel;
+        std::int32_t tag;
+        const char *error;
+    } cases[] = {
+        { "1", 1, 0x0012, "" }, // the first tag as rewriting reads it: upper case only
+        { " 3.9", 3, 0x00A0, "" },
+        { "&H2", 2, -1, "Channel 2 does not refer to a module." },
+        { "0", 0, -1, "There is no channel 0." },
+        { "0.99", 0, -1, "There is no channel 0.99." },
+        { "4", 0, -1, "There is no channel 4." },
+        { "-1", 0, -1, "There is no channel -1." },
+        { "1e30", 0, -1, "There is no channel 1e30." },
+        { "two", 0, -1, "There is no channel two." },
+    };
+    for (const auto &c : cases) {
+        const ModuleChoice choice = moduleOfChannel(workspace, c.typed);
+        EXPECT_EQ(choice.channel, c.channel) << c.typed;
+        EXPECT_EQ(choice.tag, c.tag) << c.typed;
+        EXPECT_EQ(choice.error, c.error) << c.typed;
+    }
+}

@@ -169,7 +169,7 @@ TEST(FlashPhase, EveryTickTurnsThePhaseOver)
     std::vector<bool> seen;
     QObject::connect(&phase, &FlashPhase::changed, [&] { seen.push_back(phase.isOn()); });
     for (int i = 0; i < 3; ++i)
-        DisplayRefresh::FlashTimer_Timer(phase);
+        phase.toggle();
     EXPECT_EQ(seen, (std::vector<bool> { true, false, true }));
 }
 
