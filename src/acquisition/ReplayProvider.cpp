@@ -231,7 +231,6 @@ void ReplayProvider::takeInto(PacketBatch &batch)
 {
     batch.push_back(std::move(m_next.packet));
     m_hasNext = false;
-    m_packets.fetch_add(1, std::memory_order_relaxed);
 }
 
 std::optional<double> ReplayProvider::nextPacketTime()

@@ -66,11 +66,6 @@ public:
     // ends the replay there (a stop signalled to a tool playing a FIFO on virtual time).
     void setInterruption(std::function<bool()> interrupted);
 
-    // True once the last packet was handed on; safe from any thread.
-    bool isFinished() const { return m_finished.load(); }
-    // Packets handed on so far; safe from any thread.
-    std::uint64_t packetCount() const { return m_packets.load(std::memory_order_relaxed); }
-
     std::string name() const override { return "Corvalog recording replay"; }
     // Starts playing (0); a second call while playing changes nothing (0); after CloseInterface
     // the recording cannot play again (1).
@@ -112,7 +107,6 @@ private:
 
     std::function<bool()> m_interruption;
     std::atomic<bool> m_finished { false };
-    std::atomic<std::uint64_t> m_packets { 0 };
 };
 
 } // namespace corvalog

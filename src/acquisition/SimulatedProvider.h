@@ -95,19 +95,20 @@ public:
     void advanceTo(double msSinceOpen) override;
     // The next instant a module is due to send (it may keep silent then); nothing while closed.
     std::optional<double> nextPacketTime() override;
-    // Generates every packet due up to the instant without delivering it; each one's instant
-    // goes to `times` when given. Ties are ordered as the tags in SimulatedModules.h.
-    PacketBatch packetsDueUntil(double msSinceOpen, std::vector<double> *times = nullptr);
     // The instants of the batch advanceTo delivered last, one per packet (valid in the slot).
     const std::vector<double> &lastBatchTimes() const { return m_lastTimes; }
     // The instant packets have been generated up to (ms since open).
     double now() const { return m_now; }
     // True from a successful OpenInterface to CloseInterface.
     bool isOpen() const { return m_open; }
+
+private:
+    // Generates every packet due up to the instant without delivering it; each one's instant
+    // goes to `times` when given. Ties are ordered as the tags in SimulatedModules.h.
+    PacketBatch packetsDueUntil(double msSinceOpen, std::vector<double> *times = nullptr);
     // The packets per second the module with this tag sends when heard; 0 for no module.
     double packetRate(std::int32_t datatag) const;
 
-private:
     struct Module;
 
     void restart();

@@ -93,7 +93,6 @@ public:
     void mnuPause_Click() { mnuPauseResume_Click(true); }
     void mnuResume_Click() { mnuPauseResume_Click(false); }
     void mnuAbout_Click();
-    void ImageLogo_Click();
     void mnuHelp_Click();
 
     // What tests and the walk-through look at.
@@ -118,7 +117,6 @@ public:
     bool activationBusy() const { return m_busy; }
     bool closing() const { return m_closing; }
     bool screenTimerActive() const { return m_screenTimer.isActive(); }
-    bool stayAwakeTimerActive() const { return m_stayAwakeTimer.isActive(); }
     // One screen tick now, as the timer would run it.
     void ScreenTimer_Timer();
 
@@ -130,6 +128,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
+    void ImageLogo_Click();
     void tellLosses();
     // ReadValuesHost
     bool suppressReadingLabel() const override { return true; }

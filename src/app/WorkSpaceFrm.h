@@ -33,18 +33,8 @@ public:
     WorkSpaceFrm(WorkspaceClass &workspace, ScriptEngine &engine, UserPrompts &prompts,
         bool commaDecimal, QWidget *parent = nullptr);
 
-    // Fills the general controls from the workspace.
-    void WorkspaceToForm();
-    // Refills the channel list, one row per channel, keeping the current channel where it
-    // still exists (else the first).
-    void WorkSpaceToList();
-    // Copies the general controls back into the workspace.
-    void FormToWorkspace();
     // The list row of a channel (1-based number), or -1 when it has none.
     int FindItem(int channel) const;
-
-    // The channel whose boxes are shown (1-based), or 0 when there is none.
-    int currentChannel() const { return m_current; }
 
     // Every way of closing ends here: the general controls go back to the workspace first.
     void done(int result) override;
@@ -53,6 +43,13 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    // Fills the general controls from the workspace.
+    void WorkspaceToForm();
+    // Refills the channel list, one row per channel, keeping the current channel where it
+    // still exists (else the first).
+    void WorkSpaceToList();
+    // Copies the general controls back into the workspace.
+    void FormToWorkspace();
     void buildControls();
     void fillLists();
     void connectControls();

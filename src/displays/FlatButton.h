@@ -19,20 +19,12 @@ public:
 
     OleColor BackColor() const { return m_back; }
     void setBackColor(OleColor colour);
-    OleColor HoverColor() const { return m_hover; }
     void setHoverColor(OleColor colour);
     OleColor ForeColor() const { return m_fore; }
     void setForeColor(OleColor colour);
-    OleColor DisabledColor() const { return m_disabled; }
     void setDisabledColor(OleColor colour);
     QString Caption() const { return m_caption; }
     void setCaption(const QString &caption);
-
-    // Paints the ground in the colour and redraws the caption.
-    void SetColor(OleColor colour);
-    // Clears the surface to the current ground and prints the caption centred (in
-    // DisabledColor when disabled).
-    void DrawCaption();
 
     bool isHovered() const { return m_inside; }
     QSize sizeHint() const override;
@@ -51,6 +43,12 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
+    // Paints the ground in the colour and redraws the caption.
+    void SetColor(OleColor colour);
+    // Clears the surface to the current ground and prints the caption centred (in
+    // DisabledColor when disabled).
+    void DrawCaption();
+
     void enter();
     void leave();
 

@@ -64,7 +64,6 @@ public:
     FlatButton *button() const { return m_button; }
     QLabel *lqiBar() const { return m_lqi; }
     QLabel *lowBatteryMark() const { return m_battLow; }
-    eLCDContainer *numberFrame() const { return m_frame; }
 
 signals:
     void Zero();

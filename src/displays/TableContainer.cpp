@@ -25,11 +25,6 @@ TableContainer::TableContainer(QWidget *parent)
     setMinimumHeight(0);
 }
 
-QSize TableContainer::contentSize() const
-{
-    return { twipsToPixels(m_extent.width()), twipsToPixels(m_extent.height()) };
-}
-
 void TableContainer::Refresh()
 {
     layOut();
@@ -90,7 +85,6 @@ void TableContainer::layOut()
         refocus->setFocus(Qt::OtherFocusReason);
     }
     m_layingOut = false;
-    emit laidOut();
 }
 
 } // namespace corvalog

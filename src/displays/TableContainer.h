@@ -8,7 +8,8 @@ namespace corvalog {
 // The panel grid: places its child widgets in rows, left to right, wrapping when the next one
 // would not fit (a widget wider than the container sits alone in its row). Children are taken
 // in the order they were added; one whose "Index" property is 0 (a template) is never placed.
-// Lays out on every resize and on Refresh.
+// Lays out on every resize and on Refresh, and asks for the bottom of its last row as its
+// minimum height, so a scroll area around it scrolls to every panel.
 class TableContainer : public QWidget
 {
     Q_OBJECT
@@ -26,12 +27,6 @@ public:
     // The laid-out extent in twips: the widest row (kEmptyWidthTwips when none) by the bottom
     // of the last row plus kBottomMarginTwips.
     QSize scaleExtentTwips() const { return m_extent; }
-    // The same in pixels. The container asks for the bottom of its last row as its minimum
-    // height, so a scroll area around it scrolls to every panel.
-    QSize contentSize() const;
-
-signals:
-    void laidOut();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

@@ -25,11 +25,7 @@ public:
 
     bool State() const { return m_state; }
     void setState(bool lit);
-    bool Inverse() const { return m_inverse; }
     void setInverse(bool inverse);
-
-    QLabel *labelBack() const { return m_labelBack; }
-    QLabel *labelFore() const { return m_labelFore; }
 
 protected:
     void coloursChanged() override;

@@ -81,7 +81,7 @@ LogFile::~LogFile()
 
 bool LogFile::interrupted(std::int64_t waitedMs) const
 {
-    return m_interrupted ? m_interrupted() : waitedMs >= m_stallLimitMs;
+    return m_interrupted ? m_interrupted() : waitedMs >= kStallLimitMs;
 }
 
 std::optional<FileError> LogFile::open(const std::string &path)

@@ -33,20 +33,16 @@ public:
     LogFile &operator=(const LogFile &) = delete;
 
     // Asked while a write or the opening of a FIFO waits for a reader: true ends the wait (the
-    // row is not written). Without one, the wait ends after `stallLimitMs`.
+    // row is not written). Without one, the wait ends after kStallLimitMs.
     void setInterruption(std::function<bool()> interrupted)
     {
         m_interrupted = std::move(interrupted);
     }
-    void setStallLimitMs(int ms) { m_stallLimitMs = ms; }
 
     // Opens the path as described above; the reason when it cannot.
     std::optional<FileError> open(const std::string &path);
     bool isOpen() const { return m_fd >= 0; }
     const std::string &path() const { return m_path; }
-    // True when the path is read by another program as it is written (a pipe, FIFO, socket or
-    // terminal) rather than kept.
-    bool isStream() const { return m_stream; }
 
     // What went wrong with a row; the file is closed by then.
     struct Failure {
@@ -80,7 +76,7 @@ private:
     std::int64_t m_end = 0; // where they end
     bool m_truncated = false;
     std::function<bool()> m_interrupted;
-    int m_stallLimitMs = 2000;
+    static constexpr int kStallLimitMs = 2000;
 };
 
 } // namespace corvalog

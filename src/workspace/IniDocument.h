@@ -51,8 +51,6 @@ public:
 
     // The document as file bytes.
     std::string bytes() const;
-    // True when new lines end with CR LF.
-    bool usesCrLf() const { return m_newLineEnd == kCrLf; }
 
 private:
     static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
