@@ -93,7 +93,7 @@ int runLog(CliArgs &args, std::ostream &)
     if (showProgress)
         std::cerr << "\n";
     if (const DataProvider *driver = logger.driver())
-        reportSourceWarnings(*driver, logger.handler().droppedCount(), std::cerr);
+        reportSourceWarnings(*driver, logger.losses(), std::cerr);
     if (options.outPath != "/dev/stdout")
         std::cerr << "Logged " << logger.rowsWritten() << " rows to " << options.outPath << "\n";
     return ok ? 0 : 1;

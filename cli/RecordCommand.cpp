@@ -109,7 +109,8 @@ int runRecord(CliArgs &args, std::ostream &)
     driver->CloseInterface();
     QCoreApplication::processEvents(); // packets already handed over still reach the file
     file.close();
-    reportSourceWarnings(*driver, handler.droppedCount(), std::cerr);
+    reportSourceWarnings(
+        *driver, sourceLosses(*driver, handler.droppedCount(), pump.droppedWaiting()), std::cerr);
     if (stopped)
         std::cerr << "Error: recording stopped: " << failureText(*path, *stopped) << "\n";
     std::cerr << "Recorded " << written << " packets to " << *path << "\n";

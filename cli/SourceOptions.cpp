@@ -64,7 +64,7 @@ bool stopSignalled()
     return g_stopRequested.load();
 }
 
-void reportSourceWarnings(const DataProvider &driver, std::uint64_t unstored, std::ostream &err)
+void reportSourceWarnings(const DataProvider &driver, const SourceLosses &losses, std::ostream &err)
 {
     const std::vector<std::string> messages = driver.malformedMessages();
     for (const std::string &m : messages)
@@ -72,7 +72,7 @@ void reportSourceWarnings(const DataProvider &driver, std::uint64_t unstored, st
     if (driver.malformedCount() > messages.size())
         err << "Warning: " << driver.malformedCount() - messages.size()
             << " more malformed lines\n";
-    for (const std::string &sentence : lossSentences(sourceLosses(driver, unstored)))
+    for (const std::string &sentence : lossSentences(losses))
         err << "Warning: " << sentence << "\n";
 }
 

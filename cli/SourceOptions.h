@@ -3,6 +3,7 @@
 #include "CliArgs.h"
 #include "acquisition/DataProvider.h"
 #include "acquisition/ProviderSource.h"
+#include "acquisition/SourceLosses.h"
 
 #include <QCoreApplication>
 #include <memory>
@@ -25,8 +26,8 @@ std::unique_ptr<QCoreApplication> makeCoreApplication();
 void catchStopSignals();
 bool stopSignalled();
 
-// Warnings about what the source could not deliver: malformed lines, packets that could not be
-// stored or were dropped waiting, datagrams the system dropped.
-void reportSourceWarnings(const DataProvider &driver, std::uint64_t unstored, std::ostream &err);
+// Warnings about what the source could not deliver: malformed lines, and the losses.
+void reportSourceWarnings(
+    const DataProvider &driver, const SourceLosses &losses, std::ostream &err);
 
 } // namespace corvalog::cli

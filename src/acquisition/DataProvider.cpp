@@ -15,24 +15,41 @@ void DataProvider::deliver(PacketBatch packets)
 {
     if (packets.empty())
         return;
-    if (QThread::currentThread() == thread() && m_waiting.load() == 0) {
+    const bool guiThread = QThread::currentThread() == thread();
+    bool direct = false;
+    {
+        std::lock_guard<std::mutex> lock(m_inboxMutex);
+        direct = guiThread && m_inbox.empty() && !m_emptyingQueued;
+        if (!direct) {
+            const std::size_t count = packets.size();
+            m_dropped += count - m_inbox.push(std::move(packets));
+            if (m_emptyingQueued || m_inbox.empty())
+                return; // the inbox is already on its way, or took nothing
+            m_emptyingQueued = true;
+        }
+    }
+    if (direct)
         emit packetsArrived(packets);
-        return;
+    else
+        QMetaObject::invokeMethod(this, &DataProvider::emptyInbox, Qt::QueuedConnection);
+}
+
+void DataProvider::emptyInbox()
+{
+    PacketBatch batch;
+    {
+        std::lock_guard<std::mutex> lock(m_inboxMutex);
+        m_inbox.takeAll(batch);
+        m_emptyingQueued = false;
     }
-    // The inbox is the event queue itself; an atomic count keeps it bounded without a lock.
-    const std::size_t count = packets.size();
-    if (m_waiting.fetch_add(count) + count > kInboxCapacity) {
-        m_waiting.fetch_sub(count);
-        m_dropped.fetch_add(count);
-        return;
-    }
-    QMetaObject::invokeMethod(
-        this,
-        [this, batch = std::move(packets)] {
-            m_waiting.fetch_sub(batch.size());
-            emit packetsArrived(batch);
-        },
-        Qt::QueuedConnection);
+    if (!batch.empty())
+        emit packetsArrived(batch);
+}
+
+std::uint64_t DataProvider::droppedInInbox() const
+{
+    std::lock_guard<std::mutex> lock(m_inboxMutex);
+    return m_dropped;
 }
 
 std::vector<std::string> DataProvider::malformedMessages() const

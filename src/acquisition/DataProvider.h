@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PacketNotification.h"
+#include "PacketRing.h"
 
 #include <QObject>
 #include <atomic>
@@ -10,9 +10,6 @@
 #include <vector>
 
 namespace corvalog {
-
-// Packets in the order they arrived.
-using PacketBatch = std::vector<PacketNotification>;
 
 // The base-station driver: the operations the program needs of it, and its packet-arrived
 // notification. A failing operation raises VbError with the driver's error number and
@@ -29,7 +26,7 @@ public:
     // The most packets a second a source is rated for (a busy UDP feed or broker).
     static constexpr std::size_t kRatedPacketRate = 50000;
     // How many packets may wait for the GUI thread before new ones are dropped (and counted):
-    // a few seconds of the rated rate, so a stalled GUI thread costs bounded memory.
+    // four seconds of the rated rate, so a stalled GUI thread costs bounded memory.
     static constexpr std::size_t kInboxCapacity = 4 * kRatedPacketRate;
 
     explicit DataProvider(QObject *parent = nullptr);
@@ -58,7 +55,7 @@ public:
     static constexpr std::size_t kKeptMessages = 100;
 
     // Packets dropped because the GUI thread was more than kInboxCapacity packets behind.
-    std::uint64_t droppedInInbox() const { return m_dropped.load(); }
+    std::uint64_t droppedInInbox() const;
     // Datagrams the system dropped before the provider could read them (its receive buffer
     // was full); 0 for a source that cannot lose any that way. Safe from any thread.
     virtual std::uint64_t droppedBySystem() const { return 0; }
@@ -73,14 +70,19 @@ signals:
 
 protected:
     // Hands packets to the GUI thread from any thread, behind every batch handed over before:
-    // emitted at once on the GUI thread when nothing waits, else queued.
+    // emitted at once on the GUI thread when nothing waits, else put in the inbox, which the
+    // GUI thread empties as one batch. What the inbox cannot take is dropped and counted.
     void deliver(PacketBatch packets);
     // Counts an unreadable line and keeps its reason while fewer than kKeptMessages are kept.
     void reportMalformed(std::string reason);
 
 private:
-    std::atomic<std::size_t> m_waiting { 0 };
-    std::atomic<std::uint64_t> m_dropped { 0 };
+    void emptyInbox();
+
+    mutable std::mutex m_inboxMutex;
+    PacketRing m_inbox { kInboxCapacity };
+    bool m_emptyingQueued = false;
+    std::uint64_t m_dropped = 0;
     std::atomic<std::uint64_t> m_malformed { 0 };
     mutable std::mutex m_messagesMutex;
     std::vector<std::string> m_messages;

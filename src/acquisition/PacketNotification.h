@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace corvalog {
 
@@ -16,5 +17,8 @@ struct PacketNotification {
     std::int16_t BattLow = 0;
     std::int16_t Error = 0;
 };
+
+// Packets in the order they arrived.
+using PacketBatch = std::vector<PacketNotification>;
 
 } // namespace corvalog

@@ -25,19 +25,17 @@ void PacketPump::hold()
 void PacketPump::release()
 {
     m_held = false;
-    while (!m_waiting.empty() && !m_held) {
-        const PacketBatch batch = std::move(m_waiting.front());
-        m_waiting.pop_front();
-        for (const PacketNotification &p : batch)
-            m_handler.DP_PacketArrived(p);
-    }
+    PacketBatch waiting;
+    m_waiting.takeAll(waiting);
+    for (const PacketNotification &p : waiting)
+        m_handler.DP_PacketArrived(p);
 }
 
 void PacketPump::apply(const PacketBatch &packets)
 {
     m_received += packets.size();
-    if (m_held || !m_waiting.empty()) {
-        m_waiting.push_back(packets);
+    if (m_held) {
+        m_dropped += packets.size() - m_waiting.push(PacketBatch(packets));
         return;
     }
     for (const PacketNotification &p : packets)

@@ -4,9 +4,10 @@
 
 namespace corvalog {
 
-SourceLosses sourceLosses(const DataProvider &driver, std::uint64_t unstored)
+SourceLosses sourceLosses(
+    const DataProvider &driver, std::uint64_t unstored, std::uint64_t droppedHeld)
 {
-    return { unstored, driver.droppedInInbox(), driver.droppedBySystem() };
+    return { unstored, driver.droppedInInbox() + droppedHeld, driver.droppedBySystem() };
 }
 
 std::vector<std::string> lossSentences(const SourceLosses &losses)

@@ -9,8 +9,9 @@ namespace corvalog {
 class DataProvider;
 
 // What a source sent that never reached the tables: packets the tables could not store (a Data
-// Tag beyond them), packets dropped waiting for the GUI thread (a full inbox), datagrams the
-// system dropped before they could be read (a full receive buffer).
+// Tag beyond them), packets dropped waiting (a full inbox while the GUI thread was busy, or a
+// full waiting list while the pump was held), datagrams the system dropped before they could
+// be read (a full receive buffer).
 struct SourceLosses {
     std::uint64_t unstored = 0;
     std::uint64_t droppedWaiting = 0;
@@ -19,8 +20,10 @@ struct SourceLosses {
     std::uint64_t total() const { return unstored + droppedWaiting + droppedBySystem; }
 };
 
-// The losses of a driver object, with the handler's count of packets it could not store.
-SourceLosses sourceLosses(const DataProvider &driver, std::uint64_t unstored);
+// The losses of a driver object, with the handler's count of packets it could not store and
+// the pump's count of packets it dropped while held.
+SourceLosses sourceLosses(
+    const DataProvider &driver, std::uint64_t unstored, std::uint64_t droppedHeld);
 
 // One sentence for each kind of loss there was, for the user: "3 packets could not be stored,
 // 0 were dropped waiting" and "12 datagrams were dropped by the system before they could be

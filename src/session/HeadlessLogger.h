@@ -45,7 +45,7 @@ public:
 
     std::uint64_t rowsWritten() const { return m_rows; }
     const DataProvider *driver() const { return m_session.driver(); }
-    const PacketHandler &handler() const { return m_session.handler(); }
+    SourceLosses losses() const { return m_session.lossesSinceActivation(); }
 
 private:
     class VirtualTimer;

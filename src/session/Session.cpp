@@ -32,6 +32,8 @@ void Session::configureLogging(bool semicolons, std::string rescueFolder)
 
 void Session::activate(const InterfaceInitHooks &hooks)
 {
+    // Packets the pump drops while held belong to the driver being made.
+    m_droppedHeldAtActivation = m_pump.droppedWaiting();
     InterfaceInit(m_driverHost, m_workspace, m_host.prompts, hooks);
     m_unstoredAtActivation = m_handler.droppedCount();
     prepareChannels(m_workspace, m_values);
@@ -48,7 +50,8 @@ SourceLosses Session::lossesSinceActivation() const
     const DataProvider *driver = m_driverHost.driver();
     if (!driver)
         return {};
-    return sourceLosses(*driver, m_handler.droppedCount() - m_unstoredAtActivation);
+    return sourceLosses(*driver, m_handler.droppedCount() - m_unstoredAtActivation,
+        m_pump.droppedWaiting() - m_droppedHeldAtActivation);
 }
 
 } // namespace corvalog

@@ -94,6 +94,7 @@ private:
     ChannelValues m_values;
     DataLogger m_logger;
     std::uint64_t m_unstoredAtActivation = 0;
+    std::uint64_t m_droppedHeldAtActivation = 0;
 };
 
 } // namespace corvalog
