@@ -12,7 +12,7 @@ void BM_PacketArrived(benchmark::State &state)
 {
     corvalog::SystemClock clock;
     corvalog::ScriptClass tables(clock);
-    corvalog::PacketHandler handler(tables);
+    corvalog::PacketHandler handler(tables, corvalog::NumberLocale::point());
     for (auto _ : state)
         handler.DP_PacketArrived(1, 0xFF12, "12.5", 0, -60, 100, 0, 0);
     benchmark::DoNotOptimize(tables.T(0xFF12));

@@ -56,7 +56,7 @@ public:
             }
             p.packet.BattLow = (i % 8 == 5 && i > kPackets / 2) ? 1 : 0;
             p.packet.Error = (i % 8 == 6 && noise % 16 == 0) ? 1 : 0;
-            out << recordingLine(p);
+            out << recordingLine(p, NumberLocale::point());
         }
     }
     ~RecordingOnDisk() { std::filesystem::remove(m_file); }
@@ -73,10 +73,11 @@ void BM_ReplayIngest(benchmark::State &state)
     static const RecordingOnDisk recording;
     ManualClock clock(36526.0);
     ScriptClass tables(clock);
-    PacketHandler handler(tables);
+    PacketHandler handler(tables, NumberLocale::point());
     PacketPump pump(handler);
     for (auto _ : state) {
-        auto provider = ReplayProvider::create(recording.file(), ReplayProvider::Pacing::Virtual);
+        auto provider = ReplayProvider::create(
+            recording.file(), ReplayProvider::Pacing::Virtual, NumberLocale::point());
         pump.attach(provider.get());
         provider->OpenInterface(0, 0);
         while (const std::optional<double> t = provider->nextPacketTime()) {

@@ -25,9 +25,10 @@ void BM_UdpReceive(benchmark::State &state)
     GuiThread gui;
     SystemClock clock;
     ScriptClass tables(clock);
-    PacketHandler handler(tables);
+    PacketHandler handler(tables, NumberLocale::point());
     PacketPump pump(handler);
-    const std::unique_ptr<UdpProvider> provider = UdpProvider::create();
+    const std::unique_ptr<UdpProvider> provider = UdpProvider::create(
+        "127.0.0.1", 0, UdpProvider::kReceiveBufferBytes, NumberLocale::point());
     pump.attach(provider.get());
     PacketSequence sequence;
     QObject::connect(provider.get(), &DataProvider::packetsArrived, provider.get(),

@@ -59,7 +59,7 @@ int runPacket(CliArgs &args, std::ostream &out)
 
     SystemClock clock;
     auto tables = std::make_unique<ScriptClass>(clock);
-    PacketHandler handler(*tables);
+    PacketHandler handler(*tables, numberLocale());
     handler.DP_PacketArrived(packet);
     if (handler.droppedCount() > 0) {
         out << "error " << handler.lastErrorNumber() << ": " << handler.lastErrorDescription()

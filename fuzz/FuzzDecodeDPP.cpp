@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     static ManualClock clock(45000.5);
     static ScriptClass tables(clock);
-    static PacketHandler handler(tables);
+    static PacketHandler handler(tables, NumberLocale::point());
     std::int32_t tag = 0;
     if (size >= 4)
         std::memcpy(&tag, data, sizeof tag);

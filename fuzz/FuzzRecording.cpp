@@ -33,14 +33,14 @@ void checkLine(std::string_view line, bool withTime)
 {
     RecordedPacket first;
     std::string error;
-    if (parseRecordingLine(line, withTime, first, error) != LineKind::Packet)
+    if (parseRecordingLine(line, withTime, first, error, NumberLocale::point()) != LineKind::Packet)
         return;
-    const std::string written = recordingLine(first);
+    const std::string written = recordingLine(first, NumberLocale::point());
     if (written.empty() || written.find('\n') != written.size() - 1)
         fail("not one line", line, written);
     RecordedPacket again;
-    if (parseRecordingLine(
-            std::string_view(written).substr(0, written.size() - 1), true, again, error)
+    if (parseRecordingLine(std::string_view(written).substr(0, written.size() - 1), true, again,
+            error, NumberLocale::point())
         != LineKind::Packet)
         fail(("written line does not read: " + error).c_str(), line, written);
     if (!samePacket(first, again))

@@ -19,7 +19,7 @@ class PacketHandler
 {
 public:
     // `locale`: the decimal separator that value texts are written with.
-    explicit PacketHandler(ScriptClass &tables, const NumberLocale &locale = {})
+    explicit PacketHandler(ScriptClass &tables, const NumberLocale &locale)
         : m_tables(tables)
         , m_locale(locale)
     {

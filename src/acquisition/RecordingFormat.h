@@ -30,13 +30,13 @@ enum class LineKind { Packet, Skip, Malformed };
 // words, -32768 to 65535. Numeric value text is written with "." and handed on with the
 // locale's decimal separator, so recordings replay the same in every locale.
 LineKind parseRecordingLine(std::string_view line, bool withTime, RecordedPacket &out,
-    std::string &error, const NumberLocale &locale = {});
+    std::string &error, const NumberLocale &locale);
 
 // The line for a packet, ended by "\n": time as recordingTime writes it, tag as four upper-case
 // hex digits (eight for a tag outside 0 to 65535, so reading reports it), value as text (quoted
 // when it must be; the locale's decimal separator written as ".") or as "hex:" when it holds
 // bytes that are not printable text, would not read back as itself, or is a raw 117-byte record.
-std::string recordingLine(const RecordedPacket &packet, const NumberLocale &locale = {});
+std::string recordingLine(const RecordedPacket &packet, const NumberLocale &locale);
 
 // Milliseconds as a recording writes them: rounded to the thousandth, no trailing zeros ("40",
 // "40.5", "40.125"); negative and NaN times as "0".

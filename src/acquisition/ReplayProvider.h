@@ -49,7 +49,7 @@ public:
     // Opens a recording to play with the given pacing; raises VbError with the file error
     // number and description (53 "File not found", 70 "Permission denied", ...) when it cannot.
     static std::unique_ptr<ReplayProvider> create(
-        const std::string &path, Pacing pacing = Pacing::RealTime, const NumberLocale &locale = {});
+        const std::string &path, Pacing pacing, const NumberLocale &locale);
     ~ReplayProvider() override;
 
     Pacing pacing() const { return m_pacing; }

@@ -35,9 +35,8 @@ public:
     // Listens on host:port (port 0: any free port) with a receive buffer of about that many
     // bytes; raises VbError with the system's reason when the address cannot be resolved or
     // bound.
-    static std::unique_ptr<UdpProvider> create(const std::string &host = "127.0.0.1",
-        std::uint16_t port = 0, int receiveBufferBytes = kReceiveBufferBytes,
-        const NumberLocale &locale = {});
+    static std::unique_ptr<UdpProvider> create(const std::string &host, std::uint16_t port,
+        int receiveBufferBytes, const NumberLocale &locale);
     ~UdpProvider() override;
 
     // The port the socket is bound to.

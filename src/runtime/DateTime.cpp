@@ -10,7 +10,7 @@ namespace {
 constexpr std::int64_t kMsPerDay = 86400000;
 
 // Days since 1970-01-01 of a proleptic Gregorian date (H. Hinnant's algorithm).
-std::int64_t daysFromCivil(std::int64_t y, unsigned m, unsigned d)
+constexpr std::int64_t daysFromCivil(std::int64_t y, unsigned m, unsigned d)
 {
     y -= m <= 2;
     const std::int64_t era = (y >= 0 ? y : y - 399) / 400;
@@ -34,7 +34,8 @@ void civilFromDays(std::int64_t z, int &year, int &month, int &day)
     year = static_cast<int>(y + (month <= 2));
 }
 
-const std::int64_t kZeroDateDays = daysFromCivil(1899, 12, 30); // relative to 1970
+// A compile-time constant, so dates made while other files initialise their statics are right.
+constexpr std::int64_t kZeroDateDays = daysFromCivil(1899, 12, 30); // relative to 1970
 
 std::int64_t floorDiv(std::int64_t a, std::int64_t b)
 {
