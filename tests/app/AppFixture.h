@@ -1,13 +1,22 @@
 #pragma once
 
 #include "FakeProvider.h"
+#include "FileText.h"
 #include "RecordingPrompts.h"
 #include "app/MainFrm.h"
+#include "displays/LCDModule.h"
 #include "runtime/VbError.h"
 
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <fstream>
+#include <QTest>
 #include <gtest/gtest.h>
 
 namespace corvalog {
@@ -28,29 +37,17 @@ protected:
     std::string commandLine;
     std::unique_ptr<MainFrm> window;
 
-    std::string path(const std::string &name) const
+    std::string path(const std::string &n) const { return dir.path().toStdString() + '/' + n; }
+    std::unique_ptr<QSettings> userStore() const
     {
-        return dir.filePath(QString::fromStdString(name)).toStdString();
+        return std::make_unique<QSettings>(
+            dir.filePath(QStringLiteral("user.ini")), QSettings::IniFormat);
     }
-    std::string programFolder() const { return path("program"); }
-    QString settingsStore() const { return dir.filePath(QStringLiteral("user.ini")); }
 
     void SetUp() override
     {
         for (const char *sub : { "program", "data/Corvalog", "docs" })
             QDir(dir.path()).mkpath(QString::fromLatin1(sub));
-    }
-
-    void TearDown() override
-    {
-        if (window)
-            window->hide();
-        window.reset();
-    }
-
-    static void writeFile(const std::string &file, const std::string &text)
-    {
-        std::ofstream(file, std::ios::binary) << text;
     }
 
     // A workspace file of n channels over Data Tags 0001.., with extra lines appended.
@@ -60,29 +57,27 @@ protected:
         std::string s = "[Workspace]\nType=CORVALOG\nVersion=2\nTitle=" + title
             + "\nChannels=" + std::to_string(channels) + "\n";
         for (int n = 1; n <= channels; ++n) {
-            char tag[16];
-            std::snprintf(tag, sizeof tag, "%04X", n);
             const std::string k = std::to_string(n);
-            s += "DataTagList" + k + "=<" + tag + ">\nCaption" + k + "=Ch " + k + "\nFormat" + k
-                + "=0.00\nTimeout" + k + "=3\n";
+            s += "DataTagList" + k + "=<" + QString::asprintf("%04X", n).toStdString() + ">\nFormat"
+                + k + "=0.00\nTimeout" + k + "=3\n";
         }
         return s + extra;
     }
 
-    // Remembers a workspace file as the last one opened.
-    void rememberWorkspace(const std::string &file)
+    // Writes a workspace file and remembers it as the last one opened; its path.
+    std::string useWorkspace(const std::string &text)
     {
-        const std::size_t slash = file.rfind('/');
+        const std::string file = path("w.lws");
+        writeFile(file, text);
         writeFile(path("data/Corvalog/config.ini"),
-            "[WorkspaceFiles]\nInitDir=" + file.substr(0, slash)
-                + "\nInitFile=" + file.substr(slash + 1) + "\n");
+            "[WorkspaceFiles]\nInitDir=" + dir.path().toStdString() + "\nInitFile=w.lws\n");
+        return file;
     }
 
     MainFrmOptions options()
     {
-        QDir().mkpath(dir.filePath(QStringLiteral("data/Corvalog")));
         MainFrmOptions o;
-        o.folders = { programFolder(), path("data"), path("docs") };
+        o.folders = { path("program"), path("data"), path("docs") };
         o.factory = [this]() -> std::unique_ptr<DataProvider> {
             calls.push_back("create");
             if (factoryFails)
@@ -93,9 +88,7 @@ protected:
         };
         o.commandLine = commandLine;
         o.prompts = &prompts;
-        o.userSettings = [store = settingsStore()] {
-            return std::make_unique<QSettings>(store, QSettings::IniFormat);
-        };
+        o.userSettings = [this] { return userStore(); };
         o.clock = &clock;
         o.busyWait = [this](std::int32_t ms) {
             busyWaits.push_back(ms);
@@ -109,30 +102,28 @@ protected:
     // Starts the program; true when it came up.
     bool start()
     {
+        window.reset();
         window = std::make_unique<MainFrm>(options());
         return window->Form_Load();
+    }
+
+    // The next workspace editor opened gets `act` done to it, then is closed.
+    void onEditor(std::function<void(QDialog &)> act)
+    {
+        QObject::disconnect(window.get(), &MainFrm::editorOpened, nullptr, nullptr);
+        QObject::connect(window.get(), &MainFrm::editorOpened, [act](QDialog *editor) {
+            QTimer::singleShot(0, editor, [act, editor] {
+                act(*editor);
+                editor->close();
+            });
+        });
     }
 
     // Hands one packet for a Data Tag to the window, as the driver does.
     void packet(std::int32_t tag, const std::string &value, std::int16_t battLow = 0)
     {
-        PacketNotification p;
-        p.BaseStation = 1;
-        p.Datatag = tag;
-        p.Value = value;
-        p.RSSI = -60;
-        p.CV = 100;
-        p.BattLow = battLow;
-        driver->send({ p });
+        driver->send({ { 1, tag, value, 0, -60, 100, battLow } });
         QCoreApplication::processEvents();
-    }
-
-    std::vector<std::string> messageTexts() const
-    {
-        std::vector<std::string> texts;
-        for (const auto &m : prompts.messages)
-            texts.push_back(m.title + ": " + m.text);
-        return texts;
     }
 };
 

@@ -1,15 +1,7 @@
 // The windows fit the screen they are on: run under several screens (a 1920 x 1080 one, a
 // 1366 x 768 one, and the first at 200 %), each time judged against that screen.
 #include "AppFixture.h"
-#include "app/WorkSpaceFrm.h"
-#include "displays/LCDModule.h"
 
-#include <QMenuBar>
-#include <QPushButton>
-#include <QScreen>
-#include <QScrollArea>
-#include <QScrollBar>
-#include <QTimer>
 #include <QToolButton>
 
 namespace corvalog {
@@ -17,32 +9,25 @@ namespace {
 
 using ScreenFit = AppFixture;
 
-// Wholly inside `outer`, in global coordinates.
-bool insideOf(const QWidget *widget, const QRect &outer)
+// Where a widget is on the screen.
+QRect onScreen(const QWidget *widget)
 {
-    const QRect r(widget->mapToGlobal(QPoint(0, 0)), widget->size());
-    return outer.contains(r);
+    return QRect(widget->mapToGlobal(QPoint(0, 0)), widget->size());
 }
 
 TEST_F(ScreenFit, TheMainWindowIsNeverWiderThanTheScreenNorNarrowerThanItsMenus)
 {
-    const std::string file = path("w.lws");
-    rememberWorkspace(file);
-    const struct {
-        int channels;
-        int storedWidth;
-    } cases[] = { { 1, 16000 }, { 24, 16000 }, { 24, 40000 }, { 3, 3000 } };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << c.channels << " channels at " << c.storedWidth);
-        writeFile(file, workspaceText(c.channels));
-        QSettings(settingsStore(), QSettings::IniFormat).setValue("Size/Width", c.storedWidth);
+    // Many panels at the stored width, many in a window wider than any screen, and a window
+    // stored narrower than the menus.
+    for (const auto &[channels, storedWidth] :
+        { std::pair(24, 16000), std::pair(24, 40000), std::pair(3, 3000) }) {
+        SCOPED_TRACE(testing::Message() << channels << " channels at " << storedWidth);
+        useWorkspace(workspaceText(channels));
+        userStore()->setValue("Size/Width", storedWidth);
         ASSERT_TRUE(start());
         window->show();
         QCoreApplication::processEvents();
-        const QRect room = window->screen()->availableGeometry();
-        EXPECT_TRUE(room.contains(window->frameGeometry()))
-            << room.width() << "x" << room.height() << " holds no " << window->width() << "x"
-            << window->height();
+        EXPECT_TRUE(window->screen()->availableGeometry().contains(window->frameGeometry()));
         EXPECT_GE(window->width(), window->menuBar()->sizeHint().width());
         const auto *more
             = window->menuBar()->findChild<QToolButton *>(QStringLiteral("qt_menubar_ext_button"));
@@ -52,49 +37,34 @@ TEST_F(ScreenFit, TheMainWindowIsNeverWiderThanTheScreenNorNarrowerThanItsMenus)
         if (scroll->widget()->height() > scroll->viewport()->height()) {
             EXPECT_TRUE(scroll->verticalScrollBar()->isVisible());
         }
-        window.reset();
     }
 }
 
 TEST_F(ScreenFit, TheWorkspaceEditorKeepsItsButtonsAndBoxesInReach)
 {
-    const std::string file = path("w.lws");
-    writeFile(file, workspaceText(24));
-    rememberWorkspace(file);
+    useWorkspace(workspaceText(24));
     ASSERT_TRUE(start());
     window->show();
     bool checked = false;
-    const auto check = [&](QDialog *editor) {
-        const QRect room = editor->screen()->availableGeometry();
-        EXPECT_TRUE(room.contains(editor->frameGeometry()))
-            << editor->width() << "x" << editor->height();
-        const QRect dialog(editor->mapToGlobal(QPoint(0, 0)), editor->size());
+    onEditor([&checked](QDialog &editor) {
+        EXPECT_TRUE(editor.screen()->availableGeometry().contains(editor.frameGeometry()));
         for (const char *name : { "btnOK", "btnHelp" }) {
-            const auto *button = editor->findChild<QPushButton *>(QString::fromLatin1(name));
-            EXPECT_TRUE(button && button->isVisible() && insideOf(button, dialog)) << name;
+            const auto *button = editor.findChild<QPushButton *>(QString::fromLatin1(name));
+            EXPECT_TRUE(
+                button && button->isVisible() && onScreen(&editor).contains(onScreen(button)))
+                << name;
         }
-        auto *scroll = editor->findChild<QScrollArea *>(QStringLiteral("editorScroll"));
-        if (!scroll) {
-            ADD_FAILURE() << "the editor's fields do not scroll";
-            return;
-        }
+        auto *scroll = editor.findChild<QScrollArea *>(QStringLiteral("editorScroll"));
+        ASSERT_NE(scroll, nullptr) << "the editor's fields do not scroll";
         for (const char *name : { "tbTitle", "LV", "tbTag", "tbOverload", "ddFunction" }) {
-            QWidget *box = editor->findChild<QWidget *>(QString::fromLatin1(name));
+            QWidget *box = editor.findChild<QWidget *>(QString::fromLatin1(name));
             scroll->ensureWidgetVisible(box);
             QCoreApplication::processEvents();
-            const QRect view(
-                scroll->viewport()->mapToGlobal(QPoint(0, 0)), scroll->viewport()->size());
-            EXPECT_TRUE(
-                view.intersects(QRect(box->mapToGlobal(QPoint(0, 0)), QSize(box->width(), 8))))
+            const QRect topLine = onScreen(box).adjusted(0, 0, 0, 8 - box->height());
+            EXPECT_TRUE(onScreen(scroll->viewport()).intersects(topLine))
                 << name << " cannot be brought into view";
         }
         checked = true;
-    };
-    QObject::connect(window.get(), &MainFrm::editorOpened, [&](QDialog *editor) {
-        QTimer::singleShot(0, editor, [&, editor] {
-            check(editor);
-            editor->accept(); // whatever was found, so the test never hangs
-        });
     });
     window->mnuEditWorkspace_Click();
     EXPECT_TRUE(checked);

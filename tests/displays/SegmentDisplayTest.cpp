@@ -3,6 +3,7 @@
 
 #include <QImage>
 #include <gtest/gtest.h>
+#include <tuple>
 
 using namespace corvalog;
 
@@ -17,31 +18,16 @@ std::string bitsText(SegmentBits bits)
     return text;
 }
 
+// A few telling entries: digits, a sign, a letter standing in for a digit's shape, a bracket,
+// and characters the display cannot show (lower case is made upper case before the lookup).
 TEST(SegmentCode, CharactersLightTheirTableSegments)
 {
-    const struct {
-        char c;
-        const char *pattern;
-    } cases[] = {
-        { '0', "1110111" },
-        { '1', "0010001" },
-        { '8', "1111111" },
-        { '-', "0001000" },
-        { '9', "1111001" },
-        { 'Q', "1111001" },
-        { 'I', "0000001" },
-        { 'E', "1101110" },
-        { '{', "1100110" },
-        { ']', "0110011" },
-        { '<', "0000110" },
-        { 'M', "0000000" },
-        { 'W', "0000000" },
-        { ' ', "0000000" },
-        { '.', "0000000" },
-        { 'e', "0000000" },
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(bitsText(segmentPattern(QChar(c.c))), c.pattern) << c.c;
+    const std::pair<char, const char *> cases[] = { { '0', "1110111" }, { '1', "0010001" },
+        { '8', "1111111" }, { '-', "0001000" }, { 'Q', "1111001" }, { 'E', "1101110" },
+        { '{', "1100110" }, { 'M', "0000000" }, { '.', "0000000" }, { 'e', "0000000" } };
+    for (const auto &[c, pattern] : cases)
+        EXPECT_EQ(bitsText(segmentPattern(QChar(c))), pattern) << c;
+    EXPECT_EQ(segmentPattern(QChar(0x00C4)), 0); // beyond ASCII
 }
 
 TEST(SegmentCode, CaptionsBecomeRightAlignedCellsWithThePointFolded)
@@ -55,11 +41,8 @@ TEST(SegmentCode, CaptionsBecomeRightAlignedCellsWithThePointFolded)
         }
         return out;
     };
-    const struct {
-        const char *caption;
-        int digits;
-        const char *cells;
-    } cases[] = {
+    // The caption, the display's digits and the cells: blank _, an 8, another character #.
+    const std::tuple<const char *, int, const char *> cases[] = {
         { "88", 4, "__88" },
         { "8.8", 4, "__8.8" }, // the point takes no cell of its own
         { "8.8.8", 4, "8.8_8" }, // a second point stays, as a blank cell
@@ -68,18 +51,8 @@ TEST(SegmentCode, CaptionsBecomeRightAlignedCellsWithThePointFolded)
         { "e8", 2, "#8" }, // lower case reads as upper case
         { "", 2, "__" },
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(describe(QString::fromLatin1(c.caption), c.digits), c.cells) << c.caption;
-}
-
-TEST(ELcd, StrokeWidthIsAThirtySecondRoundedToEven)
-{
-    const struct {
-        double reference;
-        int width;
-    } cases[] = { { 10, 1 }, { 31, 1 }, { 48, 2 }, { 80, 2 }, { 112, 4 }, { 1600, 50 } };
-    for (const auto &c : cases)
-        EXPECT_EQ(eLCD::strokeWidth(c.reference), c.width) << c.reference;
+    for (const auto &[caption, digits, cells] : cases)
+        EXPECT_EQ(describe(QString::fromLatin1(caption), digits), cells) << caption;
 }
 
 // Renders one cell big and reads the colour in the middle of each segment's stroke.
@@ -98,10 +71,10 @@ TEST(ELcd, LitSegmentsPaintOnColourAndUnlitOffColour)
         lcd.setCaption(QString::fromLatin1(caption));
         const QImage image = lcd.grab().toImage();
         // One cell spans 45..645 by -45..525 twips: scaled by 0.2, centred 3 pixels down.
-        const double scale = 0.2, left = 0, top = 3;
+        const double scale = 0.2, top = 3;
         const SegmentBits lit = segmentPattern(QChar(caption[0]).toUpper());
         for (int i = 0; i < 8; ++i) {
-            const QPoint p(static_cast<int>(left + (middles[i].x() - 45) * scale),
+            const QPoint p(static_cast<int>((middles[i].x() - 45) * scale),
                 static_cast<int>(top + (middles[i].y() + 45) * scale));
             const bool on = i < 7 ? (lit >> i) & 1u : caption[1] == '.';
             EXPECT_EQ(image.pixelColor(p), on ? QColor(255, 0, 0) : QColor(0, 255, 0))

@@ -1,27 +1,20 @@
 #include "displays/FlatButton.h"
 #include "displays/TableContainer.h"
-#include "displays/eLCDContainer.h"
-#include "displays/eLCDText.h"
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QImage>
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
-#include <vector>
+#include <tuple>
 
 using namespace corvalog;
 
 namespace {
 
-QImage render(QWidget &widget)
-{
-    return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
-}
-
+// What a widget shows at a point, as 0xBBGGRR.
 OleColor pixelAt(const QImage &image, int x, int y)
 {
     const QRgb rgb = image.pixel(x, y);
@@ -31,20 +24,9 @@ OleColor pixelAt(const QImage &image, int x, int y)
 int countPixels(const QImage &image, OleColor colour)
 {
     int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            count += pixelAt(image, x, y) == colour ? 1 : 0;
-        }
-    }
+    for (int i = 0; i < image.width() * image.height(); ++i)
+        count += pixelAt(image, i % image.width(), i / image.width()) == colour ? 1 : 0;
     return count;
-}
-
-QFont bigFont()
-{
-    QFont font;
-    font.setPixelSize(40);
-    font.setBold(true);
-    return font;
 }
 
 void sendMouse(QWidget &widget, QEvent::Type type, QPoint at)
@@ -55,167 +37,89 @@ void sendMouse(QWidget &widget, QEvent::Type type, QPoint at)
     QApplication::sendEvent(&widget, &event);
 }
 
-struct CursorChanges : QObject {
-    int count = 0;
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        count += event->type() == QEvent::CursorChange ? 1 : 0;
-        return false;
-    }
-};
-
-// Sizes in pixels, so each converts exactly to twips.
-struct Panel {
-    QSize size;
-    int index; // -1: no Index property
-    QPoint expected; // for an Index 0 template, where it was put beforehand
-};
-
-std::vector<Panel> rowsOfThree()
-{
-    std::vector<Panel> panels;
-    for (int i = 0; i < 24; ++i) {
-        panels.push_back({ { 134, 90 }, i + 1, { (i % 3) * 134, (i / 3) * 90 } });
-    }
-    return panels;
-}
-
-} // namespace
-
+// Panels flow into rows as wide as the container; the design template (Index 0) is neither
+// moved nor shown. Sizes are in pixels, so each converts exactly to twips.
 TEST(SupportingTableContainer, FlowsPanelsIntoRowsOnResize)
 {
-    const struct {
-        const char *name;
-        int width;
-        std::vector<Panel> panels;
-        QSize extentTwips;
-    } cases[] = {
-        { "empty", 300, {}, { 2000, 920 } },
-        // 2010-twip panels in a 7005-twip container.
-        { "rows of three", 467, rowsOfThree(), { 3 * 134 * 15, 8 * 90 * 15 + 920 } },
-        { "template untouched", 300,
+    struct Panel {
+        QSize size;
+        int index; // -1: no Index property
+        QPoint expected; // for the template, where it was put beforehand
+    };
+    std::vector<Panel> rowsOfThree; // 2010-twip panels in a 7005-twip container
+    for (int i = 0; i < 7; ++i)
+        rowsOfThree.push_back({ { 134, 90 }, i + 1, { (i % 3) * 134, (i / 3) * 90 } });
+    // The container's width, its panels, and the extent they take in twips.
+    const std::tuple<int, std::vector<Panel>, QSize> cases[] = {
+        { 300, {}, { 2000, 920 } },
+        { 467, rowsOfThree, { 3 * 134 * 15, 3 * 90 * 15 + 920 } },
+        { 300,
             { { { 50, 20 }, 0, { 77, 33 } }, { { 100, 40 }, 1, { 0, 0 } },
                 { { 100, 30 }, -1, { 100, 0 } } },
             { 3000, 40 * 15 + 920 } },
-        // The 300-pixel panel sits alone, and as the first of its row does not widen the extent.
-        { "wide panel alone", 200,
+        // A panel wider than the container sits alone; as the first of its row it does not
+        // widen the extent.
+        { 200,
             { { { 100, 50 }, 1, { 0, 0 } }, { { 300, 60 }, 2, { 0, 50 } },
                 { { 150, 40 }, 3, { 0, 110 } }, { { 50, 10 }, 4, { 150, 110 } } },
             { 3000, 150 * 15 + 920 } },
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[width, panels, extent] : cases) {
+        SCOPED_TRACE(panels.size());
         TableContainer container;
         std::vector<QWidget *> children;
-        for (const Panel &p : c.panels) {
+        for (const Panel &p : panels) {
             children.push_back(new QWidget(&container));
             children.back()->resize(p.size);
-            if (p.index >= 0) {
+            if (p.index >= 0)
                 children.back()->setProperty("Index", p.index);
-            }
             if (p.index == 0) {
                 children.back()->move(p.expected);
                 children.back()->hide();
             }
         }
-        container.resize(c.width, 100);
+        container.resize(width, 100);
         container.show(); // delivers the resize, which lays out
-
-        EXPECT_EQ(container.scaleExtentTwips(), c.extentTwips);
-        EXPECT_EQ(container.minimumHeight(),
-            (c.extentTwips.height() - TableContainer::kBottomMarginTwips) / 15);
+        EXPECT_EQ(container.scaleExtentTwips(), extent);
+        EXPECT_EQ(container.minimumHeight(), (extent.height() - 920) / 15);
         for (std::size_t i = 0; i < children.size(); ++i) {
-            SCOPED_TRACE(i);
-            EXPECT_EQ(children[i]->pos(), c.panels[i].expected);
-            EXPECT_EQ(children[i]->isVisible(), c.panels[i].index != 0);
+            EXPECT_EQ(children[i]->pos(), panels[i].expected) << i;
+            EXPECT_EQ(children[i]->isVisible(), panels[i].index != 0) << i;
         }
     }
 }
 
-TEST(SupportingLcdContainer, SchemesPaintTheRoundedFrame)
+// The pointer lights the button, whether it entered or the button appeared under it, and
+// leaving restores it, whichever way it goes: moved off, the button hidden, or disabled (the
+// caption then greyed). The pointer is never captured.
+TEST(SupportingFlatButton, LeavingRestoresBackColorAndArrow)
 {
-    const struct {
-        std::vector<int> schemes;
-        OleColor back;
-    } cases[] = {
-        { {}, 0xA0B696 },
-        { { 1 }, 0xE0CA87 },
-        { { 2 }, 0xC0C0C0 },
-        { { 3 }, 0x010015 },
-        { { 4, 0 }, 0xA0B696 },
-        { { 4, 5 }, 0x0C250C },
-        { { 3, -1 }, 0x010015 },
-    };
-    for (const auto &c : cases) {
-        eLCDContainer frame;
-        frame.resize(80, 40);
-        frame.setCornerDiameter(20);
-        for (int scheme : c.schemes) {
-            frame.setScheme(scheme);
-        }
-        const QImage image = render(frame);
-        EXPECT_EQ(pixelAt(image, 40, 20), c.back);
-        EXPECT_NE(pixelAt(image, 0, 0), c.back) << "corners are rounded";
-    }
-}
-
-// Scheme 3 handed down by the frame: red lit text over a dark red ghost on near-black.
-TEST(SupportingLcdText, StateAndInverseDecideWhatIsSeen)
-{
-    constexpr OleColor back = 0x010015, off = 0x000080, on = 0x0000FF;
-    const struct {
-        bool state, inverse;
-        OleColor ground; // at a corner, clear of the text
-        OleColor text;
-    } cases[] = {
-        { true, false, back, on },
-        { false, false, back, off },
-        { true, true, on, back },
-        { false, true, off, back },
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << "state " << c.state << " inverse " << c.inverse);
-        eLCDContainer frame;
-        auto *text = new eLCDText(&frame);
-        text->resize(200, 60);
-        text->setCaptionFont(bigFont());
-        text->setCaption("888");
-        text->setInverse(c.inverse);
-        text->setState(c.state);
-        frame.setScheme(3);
-        frame.ColorChildren();
-
-        const QImage image = render(*text);
-        EXPECT_EQ(pixelAt(image, 199, 1), c.ground);
-        EXPECT_GT(countPixels(image, c.text), 50);
-        EXPECT_EQ(countPixels(image, on) > 0, c.state) << "the lit colour shows only when lit";
-    }
-}
-
-// The pointer entering lights the button and leaving restores it once, whichever way it goes:
-// moved off, the button hidden, or a window opened over it. The pointer is never captured.
-TEST(SupportingFlatButton, LeavingRestoresBackColorAndArrowOnce)
-{
-    constexpr OleColor back = 0x202020, hover = 0x00C000;
+    constexpr OleColor back = 0x202020, hover = 0x00C000, fore = 0xFFFFFF, grey = 0x00FFFF;
     enum class Exit { Leave, Hidden, Disabled };
     for (const Exit exit : { Exit::Leave, Exit::Hidden, Exit::Disabled }) {
         SCOPED_TRACE(static_cast<int>(exit));
         FlatButton button;
-        button.resize(100, 30);
+        button.resize(120, 60);
+        QFont font;
+        font.setPixelSize(40);
+        button.setFont(font);
+        button.setCaption("Zero");
         button.setBackColor(back);
         button.setHoverColor(hover);
+        button.setForeColor(fore);
+        button.setDisabledColor(grey);
         button.show();
-        CursorChanges cursor;
-        button.installEventFilter(&cursor);
-
-        QEnterEvent enter(QPointF(10, 10), QPointF(10, 10), button.mapToGlobal(QPointF(10, 10)));
-        QApplication::sendEvent(&button, &enter);
-        const int perSet = cursor.count; // Qt may announce one setCursor more than once
-        sendMouse(button, QEvent::MouseMove, { 99, 29 });
-        EXPECT_EQ(cursor.count, perSet);
+        if (exit == Exit::Disabled) {
+            sendMouse(button, QEvent::MouseMove, { 10, 10 }); // no Enter came first
+        } else {
+            QEnterEvent enter(
+                QPointF(10, 10), QPointF(10, 10), button.mapToGlobal(QPointF(10, 10)));
+            QApplication::sendEvent(&button, &enter);
+        }
+        sendMouse(button, QEvent::MouseMove, { 119, 59 });
         EXPECT_EQ(QWidget::mouseGrabber(), nullptr);
         EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);
-        EXPECT_EQ(pixelAt(render(button), 1, 1), hover);
+        EXPECT_EQ(pixelAt(button.grab().toImage(), 1, 1), hover);
 
         if (exit == Exit::Leave) {
             QEvent leave(QEvent::Leave);
@@ -227,19 +131,21 @@ TEST(SupportingFlatButton, LeavingRestoresBackColorAndArrowOnce)
         }
         EXPECT_FALSE(button.isHovered());
         EXPECT_EQ(button.cursor().shape(), Qt::ArrowCursor);
-        EXPECT_EQ(pixelAt(render(button), 1, 1), back);
-        EXPECT_EQ(cursor.count, 2 * perSet);
+        const QImage image = button.grab().toImage();
+        EXPECT_EQ(pixelAt(image, 1, 1), back);
+        EXPECT_EQ(countPixels(image, grey) > 20, exit == Exit::Disabled);
+        EXPECT_EQ(countPixels(image, fore) > 0, exit != Exit::Disabled);
     }
 }
 
-// A box opened from the button takes its click at once: nothing holds the pointer.
+// A box opened from the button takes its click at once: nothing holds the pointer, and the
+// button is not left lit behind the box.
 TEST(SupportingFlatButton, ABoxOpenedFromTheButtonTakesItsClick)
 {
     QWidget window;
     window.resize(300, 200);
     auto *button = new FlatButton(&window);
     button->setGeometry(10, 10, 100, 30);
-    button->setCaption("Zero");
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
 
@@ -264,44 +170,20 @@ TEST(SupportingFlatButton, ABoxOpenedFromTheButtonTakesItsClick)
     EXPECT_FALSE(litBehindTheBox);
 }
 
-TEST(SupportingFlatButton, DisablingWhileHoveredLeavesAndGreysCaption)
-{
-    constexpr OleColor back = 0x202020, fore = 0xFFFFFF, disabled = 0x00FFFF;
-    FlatButton button;
-    button.resize(120, 60);
-    button.setFont(bigFont());
-    button.setCaption("Zero");
-    button.setBackColor(back);
-    button.setForeColor(fore);
-    button.setDisabledColor(disabled);
-    button.show();
-    sendMouse(button, QEvent::MouseMove, { 10, 10 });
-    ASSERT_TRUE(button.isHovered());
-
-    button.setEnabled(false);
-    EXPECT_FALSE(button.isHovered());
-    const QImage image = render(button);
-    EXPECT_EQ(pixelAt(image, 1, 1), back);
-    EXPECT_GT(countPixels(image, disabled), 20);
-    EXPECT_EQ(countPixels(image, fore), 0);
-}
-
 TEST(SupportingFlatButton, ClickNeedsPressAndReleaseInside)
 {
-    const struct {
-        bool press;
-        QPoint release;
-        int clicks;
-    } cases[] = { { true, { 50, 15 }, 1 }, { true, { 150, 15 }, 0 }, { false, { 50, 15 }, 0 } };
-    for (const auto &c : cases) {
+    // Whether it is pressed first, where it is let go, and the clicks that makes.
+    for (const auto &[press, release, clicks] : { std::tuple(true, QPoint(50, 15), 1),
+             { true, QPoint(150, 15), 0 }, { false, QPoint(50, 15), 0 } }) {
         FlatButton button;
         button.resize(100, 30);
-        int clicks = 0;
-        QObject::connect(&button, &FlatButton::clicked, [&clicks] { ++clicks; });
-        if (c.press) {
+        int count = 0;
+        QObject::connect(&button, &FlatButton::clicked, [&count] { ++count; });
+        if (press)
             sendMouse(button, QEvent::MouseButtonPress, { 50, 15 });
-        }
-        sendMouse(button, QEvent::MouseButtonRelease, c.release);
-        EXPECT_EQ(clicks, c.clicks);
+        sendMouse(button, QEvent::MouseButtonRelease, release);
+        EXPECT_EQ(count, clicks);
     }
 }
+
+} // namespace

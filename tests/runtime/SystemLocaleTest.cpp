@@ -7,31 +7,22 @@ using namespace corvalog;
 
 namespace {
 
+// "decimal thousands date time" of a locale's separators.
+std::string separatorsOf(const char *name)
+{
+    const NumberLocale l = numberLocaleOf(QLocale(QString::fromLatin1(name)));
+    return std::string { l.decimal, ' ' } + l.thousands + ' ' + l.dateSeparator + ' '
+        + l.timeSeparator;
+}
+
 TEST(SystemLocale, SeparatorsComeFromTheLocalesOwnData)
 {
-    const struct {
-        const char *name;
-        char decimal;
-        const char *thousands;
-        char date;
-        char time;
-    } cases[] = {
-        { "C", '.', ",", '/', ':' },
-        { "en_US", '.', ",", '/', ':' },
-        { "en_GB", '.', ",", '/', ':' },
-        { "de_DE", ',', ".", '.', ':' },
-        { "fr_FR", ',', "\xE2\x80\xAF", '/', ':' },
-        { "fi_FI", ',', "\xC2\xA0", '.', '.' },
-        { "sv_SE", ',', "\xC2\xA0", '-', ':' },
-        { "de_CH", '.', "\xE2\x80\x99", '.', ':' },
-    };
-    for (const auto &c : cases) {
-        const NumberLocale locale = numberLocaleOf(QLocale(QString::fromLatin1(c.name)));
-        EXPECT_EQ(locale.decimal, c.decimal) << c.name;
-        EXPECT_EQ(locale.thousands, c.thousands) << c.name;
-        EXPECT_EQ(locale.dateSeparator, c.date) << c.name;
-        EXPECT_EQ(locale.timeSeparator, c.time) << c.name;
-    }
+    EXPECT_EQ(separatorsOf("C"), ". , / :");
+    EXPECT_EQ(separatorsOf("de_DE"), ", . . :");
+    EXPECT_EQ(separatorsOf("fr_FR"), ", \xE2\x80\xAF / :");
+    EXPECT_EQ(separatorsOf("fi_FI"), ", \xC2\xA0 . .");
+    EXPECT_EQ(separatorsOf("sv_SE"), ", \xC2\xA0 - :");
+    EXPECT_EQ(separatorsOf("de_CH"), ". \xE2\x80\x99 . :");
 }
 
 } // namespace

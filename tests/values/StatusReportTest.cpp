@@ -33,6 +33,7 @@ public:
     std::vector<std::string> shown;
 };
 
+// Tags FF12 and 0012 fresh and strong, channel 3 strong, unless a test says otherwise.
 class StatusReportTest : public ::testing::Test
 {
 protected:
@@ -46,6 +47,15 @@ protected:
         return n == 3 ? std::string("Flow") : "Panel " + std::to_string(n);
     };
 
+    StatusReportTest()
+    {
+        for (const std::int32_t tag : { kFF12, k0012 }) {
+            sclass.setT(tag, 1.0f);
+            sclass.setTL(tag, 100);
+        }
+        sclass.setCL(3, 100);
+    }
+
     void setChannel1(const std::string &typed, std::int16_t timeout = 5)
     {
         workspace.item(1).DataTagList = typed;
@@ -53,70 +63,49 @@ protected:
         ChannelValues values;
         prepareChannels(workspace, values); // derives the five scripts
     }
+
+    std::string report(int n) { return StatusReport(n, workspace, engine, titles); }
+
+    std::string listing(const std::string &expression, const char *cp, const char *tp)
+    {
+        return ReferenceListing(expression, cp, tp, engine, titles);
+    }
 };
 
-TEST_F(StatusReportTest, ReportsTheSectionsThatApply)
+TEST_F(StatusReportTest, ReportsTheSectionsThatApplyInOrder)
 {
-    const std::string both = "(<FF12>+<0012>)/2-<3>";
-    const struct {
-        const char *name;
-        std::string typed;
-        std::function<void(ScriptClass &, ManualClock &)> prepare; // on fresh, strong tags
-        std::string expected;
-    } cases[] = {
-        { "AllGoodIsEmpty", both, [](ScriptClass &, ManualClock &) {}, "" },
-        { "ExpressionErrorHidesTimeouts", "<FF12>/0",
-            [](ScriptClass &, ManualClock &c) { c.advanceSeconds(60); },
-            "There is an error in the expression for this channel: Division by zero\r\n" },
-        { "LqiOf50NeedsNoSection", both, [](ScriptClass &s, ManualClock &) { s.setTL(kFF12, 50); },
-            "" },
-        { "AllFourInOrder", both,
-            [](ScriptClass &s, ManualClock &c) {
-                c.advanceSeconds(10);
-                s.setT(k0012, 2.0f);
-                s.setTB(k0012, 1);
-                s.setTE(kFF12, 1);
-                s.setTL(k0012, 0);
-            },
-            kTimedOut + " Module Data Tag FF12\r\n"
-                + "The following items have reported an error: \r\n Module Data Tag FF12\r\n"
-                + kLowLqi + " Module Data Tag 0012\r\n"
-                + "The following items have reported low battery: \r\n Module Data Tag 0012\r\n" },
-        // An empty LQI script is Empty, which is below 50: the heading stands alone.
-        { "NoReferencesShowsBareLqiHeading", "5", [](ScriptClass &, ManualClock &) {}, kLowLqi },
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        ManualClock caseClock { 46000.5 };
-        ScriptClass caseClass { caseClock };
-        ScriptEngine caseEngine { caseClass };
-        for (const std::int32_t tag : { kFF12, k0012 }) {
-            caseClass.setT(tag, 1.0f);
-            caseClass.setTL(tag, 100);
-        }
-        caseClass.setCL(3, 100);
-        c.prepare(caseClass, caseClock);
-        setChannel1(c.typed);
+    setChannel1("(<FF12>+<0012>)/2-<3>");
+    sclass.setTL(kFF12, 50); // 50 is no low link quality
+    RecordingDisplay display;
+    ShowStatusReport(1, workspace, engine, titles, display);
+    EXPECT_TRUE(display.shown.empty());
+    const int past = static_cast<int>(workspace.Items.size()) + 1; // no such channels
+    EXPECT_EQ(report(0) + report(past), "");
 
-        RecordingDisplay display;
-        ShowStatusReport(1, workspace, caseEngine, titles, display);
-        if (c.expected.empty())
-            EXPECT_TRUE(display.shown.empty());
-        else
-            EXPECT_EQ(display.shown,
-                std::vector<std::string> { "Status Report Channel 1|" + c.expected });
-    }
-}
-
-TEST_F(StatusReportTest, TimeoutIsTheChannelsOwnAndTheEnginesIsKept)
-{
-    sclass.setT(kFF12, 1.0f);
-    sclass.setTL(kFF12, 100);
     clock.advanceSeconds(10);
-    sclass.SetTimeout(100); // left by another channel of the cycle
+    sclass.setT(k0012, 2.0f);
+    sclass.setTB(k0012, 1);
+    sclass.setTE(kFF12, 1);
+    sclass.setTL(k0012, 0);
+    ShowStatusReport(1, workspace, engine, titles, display);
+    EXPECT_EQ(display.shown,
+        std::vector<std::string> { "Status Report Channel 1|" + kTimedOut
+            + " Module Data Tag FF12\r\n"
+            + "The following items have reported an error: \r\n Module Data Tag FF12\r\n" + kLowLqi
+            + " Module Data Tag 0012\r\n"
+            + "The following items have reported low battery: \r\n Module Data Tag 0012\r\n" });
+
+    // The channel's own timeout is used, and the one the cycle left is kept.
+    sclass.SetTimeout(100);
+    sclass.setTE(kFF12, 0);
     setChannel1("<FF12>", 5);
-    EXPECT_EQ(StatusReport(1, workspace, engine, titles), kTimedOut + " Module Data Tag FF12\r\n");
+    EXPECT_EQ(report(1), kTimedOut + " Module Data Tag FF12\r\n");
     EXPECT_EQ(sclass.timeout(), 100);
+    setChannel1("<FF12>/0"); // an expression error hides the timeouts
+    EXPECT_EQ(
+        report(1), "There is an error in the expression for this channel: Division by zero\r\n");
+    setChannel1("5"); // an empty LQI script is Empty, below 50: the heading stands alone
+    EXPECT_EQ(report(1), kLowLqi);
 }
 
 TEST_F(StatusReportTest, ListingScansEveryBracketPair)
@@ -128,26 +117,17 @@ TEST_F(StatusReportTest, ListingScansEveryBracketPair)
     sclass.setCE(3, 1);
     sclass.setCL(3, 49);
     sclass.setCL(4, 50);
-    sclass.setTL(kFF12, 100);
-    const struct {
-        const char *expression;
-        const char *cp;
-        const char *tp;
-        std::string expected;
-    } cases[] = {
-        { "<FF12>-<0012>", "CT", "TT", " Module Data Tag FF12\r\n Module Data Tag 0012\r\n" },
-        { "<FF12>*<FF12>", "CT", "TT", " Module Data Tag FF12\r\n Module Data Tag FF12\r\n" },
-        { "<00FF12>", "CT", "TT", " Module Data Tag FF12\r\n" }, // rightmost four digits
-        { "<WXYZ>+<FF12>", "CT", "TT", " Module Data Tag FF12\r\n" }, // not hexadecimal
-        { "<0>", "CE", "TE", " Displayed Channel 0 ()\r\n" }, // no panel, no title
-        { "<25>", "CE", "TE", "" },
-        { "<3>+<4>+<FF12>", "CL", "TL", " Displayed Channel 3 (Flow)\r\n" }, // 49 yes, 50 no
-        { "<3>+<4", "CE", "TE", " Displayed Channel 3 (Flow)\r\n" }, // unclosed ends the scan
-        { "<<3>>", "CE", "TE", "" }, // the first "<" opens
-    };
-    for (const auto &c : cases)
-        EXPECT_EQ(ReferenceListing(c.expression, c.cp, c.tp, engine, titles), c.expected)
-            << c.expression;
+    const std::string ff12 = " Module Data Tag FF12\r\n";
+    const std::string flow = " Displayed Channel 3 (Flow)\r\n";
+    EXPECT_EQ(
+        listing("<FF12>-<0012>*<FF12>", "CT", "TT"), ff12 + " Module Data Tag 0012\r\n" + ff12);
+    EXPECT_EQ(listing("<00FF12>", "CT", "TT"), ff12); // the rightmost four digits
+    EXPECT_EQ(listing("<WXYZ>+<FF12>", "CT", "TT"), ff12); // not hexadecimal: never listed
+    EXPECT_EQ(listing("<0>", "CE", "TE"), " Displayed Channel 0 ()\r\n"); // no panel, no title
+    EXPECT_EQ(listing("<25>", "CE", "TE"), "");
+    EXPECT_EQ(listing("<3>+<4>+<FF12>", "CL", "TL"), flow); // 49 is low, 50 is not
+    EXPECT_EQ(listing("<3>+<4", "CE", "TE"), flow); // a "<" nothing closes ends the scan
+    EXPECT_EQ(listing("<<3>>", "CE", "TE"), ""); // the first "<" opens
 }
 
 } // namespace

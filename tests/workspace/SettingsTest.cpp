@@ -9,11 +9,14 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <tuple>
 #include <vector>
 
 using namespace corvalog;
 
 namespace {
+
+using Message = RecordingPrompts::Message;
 
 // A program folder, an application-data folder and a documents folder under one temporary root.
 struct Folders {
@@ -29,180 +32,96 @@ struct Folders {
     }
 };
 
+// Of several spellings of the settings file the exact one wins, else the smallest, the same on
+// every run.
 TEST(SetUpPaths, SettlesSettingsAndLogFoldersAndHonoursConfigBesideTheProgram)
 {
     const struct {
-        const char *configBesideProgram; // "" for none
-        bool appDataKnown;
-        bool documentsKnown;
+        std::vector<std::string> besideProgram; // config files there
+        bool appData, documents; // whether the system names these folders
+        const char *settingsFile, *logFolder; // under the root
     } cases[] = {
-        { "", true, true },
-        { "config.ini", true, true },
-        { "", false, true },
-        { "cOnFiG.iNi", false, false },
+        { {}, true, true, "/appdata/Corvalog/config.ini", "/docs/Corvalog Logs" },
+        { { "config.ini", "CONFIG.INI" }, true, true, "/program/config.ini",
+            "/docs/Corvalog Logs" },
+        { {}, false, true, "/program/config.ini", "/docs/Corvalog Logs" },
+        { { "cOnFiG.iNi", "Config.iNi" }, false, false, "/program/Config.iNi", "/program" },
     };
     for (const auto &c : cases) {
-        SCOPED_TRACE(std::string(c.configBesideProgram) + (c.appDataKnown ? " appdata" : "")
-            + (c.documentsKnown ? " docs" : ""));
+        SCOPED_TRACE(&c - cases);
         Folders f;
-        const bool portable = *c.configBesideProgram != '\0';
-        if (portable)
-            writeFile(f.program + "/" + c.configBesideProgram, "");
+        for (const std::string &name : c.besideProgram)
+            writeFile(f.program + "/" + name, "");
         RecordingPrompts prompts;
         const SettingsPaths paths = setUpPaths(
-            { f.program, c.appDataKnown ? f.appData : "", c.documentsKnown ? f.documents : "" },
-            prompts);
-
-        const std::string appFolder = f.appData + "/Corvalog";
-        const std::string logFolder = c.documentsKnown ? f.documents + "/Corvalog Logs" : f.program;
-        const std::string settingsFolder = portable || !c.appDataKnown ? f.program : appFolder;
-        EXPECT_EQ(paths.settingsFolder, settingsFolder);
-        EXPECT_EQ(paths.logFolder, logFolder);
-        EXPECT_EQ(paths.settingsFile,
-            settingsFolder + "/" + (portable ? c.configBesideProgram : "config.ini"));
-        EXPECT_TRUE(FolderExists(logFolder));
+            { f.program, c.appData ? f.appData : "", c.documents ? f.documents : "" }, prompts);
+        EXPECT_EQ(paths.settingsFile, f.base + c.settingsFile);
+        EXPECT_EQ(
+            paths.settingsFolder, paths.settingsFile.substr(0, paths.settingsFile.rfind('/')));
+        EXPECT_EQ(paths.logFolder, f.base + c.logFolder);
+        EXPECT_TRUE(FolderExists(paths.logFolder));
         // The application-data folder is made even when a portable config then wins.
-        EXPECT_EQ(FolderExists(appFolder), c.appDataKnown);
+        EXPECT_EQ(FolderExists(f.appData + "/Corvalog"), c.appData);
         EXPECT_TRUE(prompts.messages.empty());
     }
 }
 
-TEST(MakeDir, CreatesOneLevelAndReportsOnlyRealFailures)
+// Only a failure other than "it is there already" is reported.
+TEST(MakeDir, ReportsOnlyRealFailures)
 {
     Folders f;
-    const std::string plainFile = writeFile(f.base + "/plain", "");
+    RecordingPrompts prompts;
+    MakeDir(writeFile(f.base + "/plain", ""), prompts);
+    MakeDir(f.base + "/missing/child", prompts);
+    EXPECT_EQ(prompts.messages,
+        (std::vector<Message> {
+            { "Error", "Error 76 while attempting to create folder: " + f.base + "/missing/child",
+                PromptIcon::Critical, PromptButtons::Ok } }));
+}
+
+TEST(FileDialogs, AskInTheirSectionAndWriteInitFileThenInitDirBackEitherWay)
+{
     const struct {
-        std::string path;
-        bool existsAfter;
-        const char *error; // "" when no message is expected
-    } cases[] = {
-        { f.base + "/new", true, "" },
-        { f.program, true, "" },
-        { plainFile, true, "" },
-        { f.base + "/missing/child", false, "76" },
+        std::string (*choose)(const SettingsPaths &, UserPrompts &);
+        const char *section;
+        const char *defaultFile;
+        bool save;
+    } dialogs[] = {
+        { chooseLogFile, "LogFiles", "Log Data", true },
+        { chooseWorkspaceToOpen, "WorkspaceFiles", "Workspace", false },
+        { chooseWorkspaceToSave, "WorkspaceFiles", "Workspace", true },
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.path);
-        RecordingPrompts prompts;
-        MakeDir(c.path, prompts);
-        EXPECT_EQ(FolderExists(c.path), c.existsAfter);
-        if (*c.error == '\0') {
-            EXPECT_TRUE(prompts.messages.empty());
-            continue;
-        }
-        ASSERT_EQ(prompts.messages.size(), 1u);
-        EXPECT_EQ(prompts.messages[0].title, "Error");
-        EXPECT_EQ(prompts.messages[0].text,
-            std::string("Error ") + c.error + " while attempting to create folder: " + c.path);
-        EXPECT_EQ(prompts.messages[0].icon, PromptIcon::Critical);
-    }
-}
-
-TEST(PathIgnoringCase, PrefersTheExactSpellingThenAnyCaseThenTheNameAsGiven)
-{
-    Folders f;
-    writeFile(f.documents + "/config.ini", "");
-    writeFile(f.documents + "/CONFIG.INI", "");
-    writeFile(f.appData + "/CONFIG.INI", "");
-    writeFile(f.appData + "/Config.ini", "");
-    EXPECT_EQ(pathIgnoringCase(f.documents, "config.ini"), f.documents + "/config.ini");
-    EXPECT_EQ(pathIgnoringCase(f.appData, "config.ini"), f.appData + "/CONFIG.INI");
-    EXPECT_EQ(pathIgnoringCase(f.base, "config.ini"), f.base + "/config.ini");
-    EXPECT_EQ(pathIgnoringCase(f.base + "/none", "x"), f.base + "/none/x");
-}
-
-TEST(Settings, TareKeysAccumulateOnePerZeroedChannel)
-{
     QTemporaryDir dir;
-    const std::string file = dir.path().toStdString() + "/config.ini";
-    const struct {
-        int channel;
-        const char *key;
-        const char *text;
-    } cases[] = { { 1, "Tare1", "0.25" }, { 12, "Tare12", "-3" }, { 3, "Tare3", "1E+20" } };
-    for (const auto &c : cases)
-        EXPECT_TRUE(writeTare(file, c.channel, c.text));
-    for (const auto &c : cases)
-        EXPECT_EQ(ReadINI(file, "Settings", c.key, "absent"), c.text);
-}
-
-TEST(Settings, WindowSizeDefaultsAndRoundTripsAsDecimalText)
-{
-    QTemporaryDir dir;
-    QSettings store(dir.filePath("user.ini"), QSettings::IniFormat);
-    const WindowSize defaults = readWindowSize(store);
-    EXPECT_EQ(std::pair(defaults.width, defaults.height), std::pair(16000, 4000));
-
-    writeWindowSize(store, { 12345, 6789 });
-    EXPECT_EQ(store.value("Size/Width").toString(), "12345");
-    const WindowSize stored = readWindowSize(store);
-    EXPECT_EQ(std::pair(stored.width, stored.height), std::pair(12345, 6789));
-
-    store.setValue("Size/Width", "wide");
-    store.setValue("Size/Height", "");
-    const WindowSize garbled = readWindowSize(store);
-    EXPECT_EQ(std::pair(garbled.width, garbled.height), std::pair(16000, 4000));
-}
-
-using Chooser = std::string (*)(const SettingsPaths &, UserPrompts &);
-
-const struct DialogCase {
-    const char *name;
-    Chooser choose;
-    const char *section;
-    const char *defaultFile;
-    bool save;
-} kDialogs[] = {
-    { "log", chooseLogFile, "LogFiles", "Log Data", true },
-    { "open workspace", chooseWorkspaceToOpen, "WorkspaceFiles", "Workspace", false },
-    { "save workspace", chooseWorkspaceToSave, "WorkspaceFiles", "Workspace", true },
-};
-
-TEST(FileDialogs, AskWithTheirOwnTermsAndWriteInitFileThenInitDirBackEitherWay)
-{
-    std::vector<FileDialogRequest> asked;
-    for (const DialogCase &d : kDialogs) {
-        SCOPED_TRACE(d.name);
-        QTemporaryDir dir;
-        const std::string root = dir.path().toStdString();
-        const SettingsPaths paths { "", "", root + "/logs", root + "/config.ini" };
+    const std::string root = dir.path().toStdString();
+    for (const auto &d : dialogs) {
+        const SettingsPaths paths { "", "", root + "/logs",
+            root + "/" + std::to_string(&d - dialogs) };
         RecordingPrompts cancelled;
         EXPECT_EQ(d.choose(paths, cancelled), "");
-        ASSERT_EQ(cancelled.fileDialogs.size(), 1u);
-        const FileDialogRequest &r = asked.emplace_back(cancelled.fileDialogs[0]);
-        EXPECT_EQ(r.save, d.save);
-        EXPECT_EQ(r.confirmOverwrite, d.save);
-        EXPECT_EQ(r.initialFolder, paths.logFolder);
-        EXPECT_EQ(r.initialFile, d.defaultFile);
+        const FileDialogRequest &r = cancelled.fileDialogs.at(0);
+        EXPECT_EQ(std::tuple(r.save, r.confirmOverwrite, r.initialFolder, r.initialFile),
+            std::tuple(d.save, d.save, paths.logFolder, std::string(d.defaultFile)));
         // Cancelled: the starting values (here the defaults) are written, file name first.
-        EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitFile", "?"), d.defaultFile);
-        EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitDir", "?"), paths.logFolder);
-        const std::string text = fileText(paths.settingsFile);
-        EXPECT_LT(text.find("InitFile"), text.find("InitDir"));
-
-        RecordingPrompts confirmed;
-        confirmed.files.push_back("/data/run 7/morning.test");
-        EXPECT_EQ(d.choose(paths, confirmed), "/data/run 7/morning.test");
-        EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitFile", "?"), "morning.test");
-        EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitDir", "?"), "/data/run 7");
-
-        // A name the settings cannot keep is used all the same, and the user is told.
-        RecordingPrompts odd;
-        odd.files.push_back("/data/two\nlines.test");
-        EXPECT_EQ(d.choose(paths, odd), "/data/two\nlines.test");
-        EXPECT_EQ(ReadINI(paths.settingsFile, d.section, "InitFile", "?"), "morning.test");
-        ASSERT_EQ(odd.messages.size(), 1u);
-        EXPECT_EQ(odd.messages[0].text,
-            "The name /data/two\nlines.test holds a line break, which the settings file "
-                + paths.settingsFile + " cannot keep: it will not be offered next time.");
+        EXPECT_EQ(fileText(paths.settingsFile),
+            "[" + std::string(d.section) + "]\nInitFile=" + d.defaultFile
+                + "\nInitDir=" + paths.logFolder + "\n");
     }
-    // The log dialog's fixed terms in full.
-    const FileDialogRequest &log = asked.at(0);
-    EXPECT_EQ(log.title, "Log File");
-    EXPECT_EQ(log.defaultExtension, "csv");
-    const decltype(log.filters) filters
-        = { { "Log Files (*.csv)", "*.csv" }, { "All Files (*.*)", "*.*" } };
-    EXPECT_EQ(log.filters, filters);
+
+    // A name the settings cannot keep is used all the same, and the user is told.
+    const SettingsPaths paths { "", "", root + "/logs", root + "/config.ini" };
+    RecordingPrompts prompts;
+    prompts.files = { "/data/run 7/morning.test", "/data/two\nlines.test" };
+    EXPECT_EQ(chooseLogFile(paths, prompts), "/data/run 7/morning.test");
+    EXPECT_EQ(chooseLogFile(paths, prompts), "/data/two\nlines.test");
+    EXPECT_EQ(prompts.fileDialogs[1].initialFolder + "|" + prompts.fileDialogs[1].initialFile,
+        "/data/run 7|morning.test"); // offered the next time
+    EXPECT_EQ(
+        fileText(paths.settingsFile), "[LogFiles]\nInitFile=morning.test\nInitDir=/data/run 7\n");
+    EXPECT_EQ(prompts.messages,
+        (std::vector<Message> { { "Warning",
+            "The name /data/two\nlines.test holds a line break, which the settings file "
+                + paths.settingsFile + " cannot keep: it will not be offered next time.",
+            PromptIcon::Exclamation, PromptButtons::Ok } }));
 }
 
 } // namespace
