@@ -18,5 +18,7 @@ int runWorkspace(CliArgs &args, std::ostream &out);
 int runCheck(CliArgs &args, std::ostream &out);
 int runRecord(CliArgs &args, std::ostream &out);
 int runLog(CliArgs &args, std::ostream &out);
+int runBaseStation(CliArgs &args, std::ostream &out);
+int runCommand(CliArgs &args, std::ostream &out);
 
 } // namespace corvalog::cli

@@ -69,8 +69,11 @@ int runLog(CliArgs &args, std::ostream &)
         options.start = *start;
     if (start && !options.virtualTime)
         throw UsageError("--start needs --virtual-time (live logs carry the real time)");
-    if (options.virtualTime && options.source.kind == ProviderSource::Kind::Udp)
-        throw UsageError("--virtual-time needs sim or replay: datagrams arrive in real time");
+    if (options.virtualTime
+        && (options.source.kind == ProviderSource::Kind::Udp
+            || options.source.kind == ProviderSource::Kind::Serial))
+        throw UsageError(
+            "--virtual-time needs sim or replay: datagrams and serial lines arrive in real time");
     if (options.virtualTime && options.source.kind == ProviderSource::Kind::Simulated
         && !options.durationMs)
         throw UsageError("--virtual-time with sim needs --duration: the simulation never ends");
@@ -81,6 +84,8 @@ int runLog(CliArgs &args, std::ostream &)
         return 1;
     options.semicolons = numberLocale().commaDecimal();
     options.rescueFolder = "."; // the tool's user works in the current folder
+    options.driverSettings = driverSettings(prompts);
+    options.notices = printNotice;
 
     const std::unique_ptr<QCoreApplication> application = makeCoreApplication();
     catchStopSignals();

@@ -8,6 +8,7 @@
 #include "logging/LogFile.h"
 #include "runtime/Clock.h"
 #include "values/ScriptClass.h"
+#include "workspace/WorkspaceModule.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -37,6 +38,7 @@ int runRecord(CliArgs &args, std::ostream &)
     if (!path)
         throw UsageError("--out FILE is required");
     const std::optional<double> duration = durationOption(args);
+    const std::optional<std::string> workspaceFile = args.take("--workspace");
     args.positional(0);
 
     catchStopSignals();
@@ -60,18 +62,24 @@ int runRecord(CliArgs &args, std::ostream &)
     const std::unique_ptr<QCoreApplication> application = makeCoreApplication();
     QCoreApplication &app = *application;
     StderrPrompts prompts(std::cerr);
+    // The workspace names the serial line, the base station's address and its radio channel.
+    WorkspaceClass workspace;
+    if (workspaceFile && !LoadWorkspace(workspace, *workspaceFile, prompts))
+        return 1;
+    const DriverSettings settings = driverSettings(prompts);
     SystemClock clock;
     auto tables = std::make_unique<ScriptClass>(clock);
     PacketHandler handler(*tables, numberLocale());
     PacketPump pump(handler);
-    DriverHost host([&source] { return createProvider(source, false, numberLocale()); }, pump);
+    DriverHost host([&] { return createProvider(source, false, numberLocale(), settings); }, pump);
+    host.setNoticeHandler(printNotice);
 
     std::uint64_t written = 0;
     std::optional<LogFile::Failure> stopped;
     elapsed.start();
     // The tool brings the base station up exactly as the program does, without the pauses
     // that give a real driver time to let go of its port.
-    InterfaceInit(host, WorkspaceClass(), prompts,
+    InterfaceInit(host, workspace, prompts,
         { [] { QCoreApplication::processEvents(); }, [](std::int32_t) {} });
     DataProvider *driver = host.driver();
     if (!driver)

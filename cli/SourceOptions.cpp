@@ -1,9 +1,11 @@
 #include "SourceOptions.h"
 
 #include "acquisition/SourceLosses.h"
+#include "workspace/SystemFolders.h"
 
 #include <atomic>
 #include <csignal>
+#include <iostream>
 
 namespace corvalog::cli {
 
@@ -62,6 +64,16 @@ void catchStopSignals()
 bool stopSignalled()
 {
     return g_stopRequested.load();
+}
+
+DriverSettings driverSettings(UserPrompts &prompts)
+{
+    return readDriverSettings(setUpPaths(SystemFolders::current(), prompts).settingsFile);
+}
+
+void printNotice(const std::string &text, bool problem)
+{
+    std::cerr << (problem ? "Warning: " : "Note: ") << text << std::endl;
 }
 
 void reportSourceWarnings(const DataProvider &driver, const SourceLosses &losses, std::ostream &err)

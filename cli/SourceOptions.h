@@ -2,8 +2,10 @@
 
 #include "CliArgs.h"
 #include "acquisition/DataProvider.h"
+#include "acquisition/DriverSettings.h"
 #include "acquisition/ProviderSource.h"
 #include "acquisition/SourceLosses.h"
+#include "runtime/UserPrompts.h"
 
 #include <QCoreApplication>
 #include <memory>
@@ -12,8 +14,8 @@
 
 namespace corvalog::cli {
 
-// --source SRC: sim[:SEED], replay:FILE or udp:[HOST:]PORT; `fallback` when not given, else
-// a usage error.
+// --source SRC: sim[:SEED], replay:FILE, udp:[HOST:]PORT or serial[:DEVICE[:BAUD]];
+// `fallback` when not given, else a usage error.
 ProviderSource sourceOption(CliArgs &args, const char *fallback);
 
 // --duration S in whole seconds (1 s to 31 days), in milliseconds.
@@ -25,6 +27,13 @@ std::unique_ptr<QCoreApplication> makeCoreApplication();
 // Makes Ctrl+C and SIGTERM ask for a clean stop instead of killing the tool.
 void catchStopSignals();
 bool stopSignalled();
+
+// The driver settings of the program's settings file (the devices of USB and the COM ports),
+// so `serial` opens what the program would.
+DriverSettings driverSettings(UserPrompts &prompts);
+
+// A driver's notice about its line, on standard error as "Warning: ..." or "Note: ...".
+void printNotice(const std::string &text, bool problem);
 
 // Warnings about what the source could not deliver: malformed lines, and the losses.
 void reportSourceWarnings(

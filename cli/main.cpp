@@ -36,14 +36,22 @@ Commands:
         load IN (converting a version 1 file) and save it as OUT
   check FILE
         one line per channel: "<n> ok" or "<n> error <number>: <description>"
-  record [--source SRC] --out FILE [--duration S]
-        write a packet recording from SRC: sim[:SEED] (default), replay:FILE or
-        udp:[HOST:]PORT; until S seconds have passed, a replay ends, or Ctrl+C
+  record [--source SRC] --out FILE [--duration S] [--workspace FILE]
+        write a packet recording from SRC: sim[:SEED] (default), replay:FILE,
+        udp:[HOST:]PORT, serial or serial:DEVICE[:BAUD]; until S seconds have passed,
+        a replay ends, or Ctrl+C (the workspace names the serial line, address and
+        radio channel)
   log --workspace FILE --source SRC [--out CSV] [--duration S]
       [--virtual-time [--start ISO-8601]]
         log the workspace's channels as the program does (to stdout without --out);
         --virtual-time replays a recording (or S seconds of sim) at full speed, the
         same log every run, its clock starting at --start (default 2000-01-01T00:00:00)
+  basestation --link PATH [--seed N]
+        a simulated base station on a pseudo-terminal linked at PATH, speaking the
+        line protocol with the simulator's modules, until Ctrl+C
+  command --source SRC [--workspace FILE] (wake | sleep | keepawake | pause TAG | resume TAG)
+        the Sleep & Wake menu's commands; pause and resume print one line an attempt
+        and exit 1 when the module never acknowledged
 
 Numbers are written and read with "." unless --comma-decimal is given.
 Exit status: 0 done, 1 the system reported an error, 2 wrong usage.
@@ -65,6 +73,8 @@ const Command kCommands[] = {
     { "check", runCheck },
     { "record", runRecord },
     { "log", runLog },
+    { "basestation", runBaseStation },
+    { "command", runCommand },
 };
 
 } // namespace

@@ -66,4 +66,11 @@ void DataProvider::reportMalformed(std::string reason)
         m_messages.push_back(std::move(reason));
 }
 
+void DataProvider::notice(const std::string &text, bool problem)
+{
+    const QString message = QString::fromStdString(text);
+    QMetaObject::invokeMethod(
+        this, [this, message, problem] { emit noticed(message, problem); }, Qt::QueuedConnection);
+}
+
 } // namespace corvalog

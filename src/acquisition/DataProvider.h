@@ -67,6 +67,9 @@ public:
 signals:
     // One or more packet-arrived notifications, on the GUI thread, in arrival order.
     void packetsArrived(const corvalog::PacketBatch &packets);
+    // Something the user should know about the link, on the GUI thread: the base station was
+    // lost (`problem`), or it is back.
+    void noticed(const QString &text, bool problem);
 
 protected:
     // Hands packets to the GUI thread from any thread, behind every batch handed over before:
@@ -75,6 +78,8 @@ protected:
     void deliver(PacketBatch packets);
     // Counts an unreadable line and keeps its reason while fewer than kKeptMessages are kept.
     void reportMalformed(std::string reason);
+    // Emits noticed() on the GUI thread, behind the packets handed over before; any thread.
+    void notice(const std::string &text, bool problem);
 
 private:
     void emptyInbox();

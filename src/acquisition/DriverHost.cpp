@@ -31,6 +31,12 @@ void DriverHost::create()
         throw;
     }
     m_pump.attach(m_driver.get());
+    if (m_driver)
+        QObject::connect(m_driver.get(), &DataProvider::noticed, m_driver.get(),
+            [this](const QString &text, bool problem) {
+                if (m_noticeHandler)
+                    m_noticeHandler(text.toStdString(), problem);
+            });
 }
 
 DataProvider &driverOf(DriverHost &host)

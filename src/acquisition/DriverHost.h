@@ -29,12 +29,16 @@ public:
     void create();
     // Why the last creation failed ("" when it did not), for the errors of calls on nothing.
     const std::string &creationFailure() const { return m_creationFailure; }
+    // Who hears every driver's notices about its link (a lost and a recovered base station).
+    using NoticeHandler = std::function<void(const std::string &text, bool problem)>;
+    void setNoticeHandler(NoticeHandler handler) { m_noticeHandler = std::move(handler); }
 
 private:
     ProviderFactory m_factory;
     PacketPump &m_pump;
     std::unique_ptr<DataProvider> m_driver;
     std::string m_creationFailure;
+    NoticeHandler m_noticeHandler;
 };
 
 // A call on the driver object, or error 91 (Object variable not set) when there is none, as

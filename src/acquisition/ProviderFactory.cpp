@@ -1,13 +1,14 @@
 #include "ProviderFactory.h"
 
 #include "ReplayProvider.h"
+#include "SerialProvider.h"
 #include "SimulatedProvider.h"
 #include "UdpProvider.h"
 
 namespace corvalog {
 
-std::unique_ptr<DataProvider> createProvider(
-    const ProviderSource &source, bool virtualTime, const NumberLocale &locale)
+std::unique_ptr<DataProvider> createProvider(const ProviderSource &source, bool virtualTime,
+    const NumberLocale &locale, const DriverSettings &settings)
 {
     switch (source.kind) {
     case ProviderSource::Kind::Simulated: {
@@ -20,6 +21,14 @@ std::unique_ptr<DataProvider> createProvider(
         return ReplayProvider::create(source.file,
             virtualTime ? ReplayProvider::Pacing::Virtual : ReplayProvider::Pacing::RealTime,
             locale);
+    case ProviderSource::Kind::Serial: {
+        SerialOptions options;
+        options.device = source.device;
+        options.baudrate = source.baudrate;
+        options.settings = settings;
+        options.locale = locale;
+        return std::make_unique<SerialProvider>(options);
+    }
     case ProviderSource::Kind::Udp:
         break;
     }

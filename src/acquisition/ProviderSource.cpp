@@ -54,9 +54,29 @@ std::optional<ProviderSource> ProviderSource::parse(std::string_view text, std::
             return fail(error, "udp needs a port from 1 to 65535: udp:[HOST:]PORT");
         return s;
     }
+    if (kind == "serial") {
+        s.kind = Kind::Serial;
+        if (colon == std::string_view::npos)
+            return s;
+        // A trailing ":digits" is the speed; a device path holds no colon of its own.
+        std::string_view device = rest;
+        const auto lastColon = rest.rfind(':');
+        if (lastColon != std::string_view::npos) {
+            const std::string_view baud = rest.substr(lastColon + 1);
+            if (!wholeNumber(baud, s.baudrate) || s.baudrate <= 0)
+                return fail(error,
+                    "a serial speed is a whole number of baud above 0, not '" + std::string(baud)
+                        + "'");
+            device = rest.substr(0, lastColon);
+        }
+        if (device.empty())
+            return fail(error, "serial needs a device: serial:DEVICE[:BAUD]");
+        s.device = std::string(device);
+        return s;
+    }
     return fail(error,
         "unknown source '" + std::string(text)
-            + "' (use sim[:SEED], replay:FILE or udp:[HOST:]PORT)");
+            + "' (use sim[:SEED], replay:FILE, udp:[HOST:]PORT or serial[:DEVICE[:BAUD]])");
 }
 
 } // namespace corvalog

@@ -391,13 +391,8 @@ std::string recordingTime(double timeMs)
     return s;
 }
 
-std::string recordingLine(const RecordedPacket &packet, const NumberLocale &locale)
+void appendPacketFields(std::string &out, const PacketNotification &p, const NumberLocale &locale)
 {
-    const PacketNotification &p = packet.packet;
-    std::string out;
-    out.reserve(64 + (p.Value.size() <= 16 ? p.Value.size() : 2 * p.Value.size()));
-    out += recordingTime(packet.timeMs);
-    out += ',';
     appendInt(out, p.BaseStation);
     out += ',';
     if (p.Datatag >= 0 && p.Datatag <= 0xFFFF) {
@@ -416,6 +411,16 @@ std::string recordingLine(const RecordedPacket &packet, const NumberLocale &loca
         out += ',';
         appendInt(out, word);
     }
+}
+
+std::string recordingLine(const RecordedPacket &packet, const NumberLocale &locale)
+{
+    const PacketNotification &p = packet.packet;
+    std::string out;
+    out.reserve(64 + (p.Value.size() <= 16 ? p.Value.size() : 2 * p.Value.size()));
+    out += recordingTime(packet.timeMs);
+    out += ',';
+    appendPacketFields(out, p, locale);
     out += '\n';
     return out;
 }

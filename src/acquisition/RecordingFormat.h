@@ -37,6 +37,8 @@ LineKind parseRecordingLine(std::string_view line, bool withTime, RecordedPacket
 // when it must be; the locale's decimal separator written as ".") or as "hex:" when it holds
 // bytes that are not printable text, would not read back as itself, or is a raw 117-byte record.
 std::string recordingLine(const RecordedPacket &packet, const NumberLocale &locale);
+// The same line's packet columns alone (base_station to error), appended without a line end.
+void appendPacketFields(std::string &out, const PacketNotification &p, const NumberLocale &locale);
 
 // Milliseconds as a recording writes them: rounded to the thousandth, no trailing zeros ("40",
 // "40.5", "40.125"); negative and NaN times as "0".

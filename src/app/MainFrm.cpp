@@ -1,6 +1,7 @@
 #include "MainFrm.h"
 
 #include "AppStyle.h"
+#include "DriverDialog.h"
 #include "FormAbout.h"
 #include "HelpTopics.h"
 #include "MainMenus.h"
@@ -85,6 +86,9 @@ MainFrm::MainFrm(MainFrmOptions options)
     connect(&m_stayAwakeTimer, &QTimer::timeout, this,
         [this] { StayAwakeTick(m_session.driverHost(), m_workspace); });
     m_stayAwakeTimer.start();
+    // A base station lost or back is told in the status window, without stopping anything.
+    m_session.driverHost().setNoticeHandler(
+        [this](const std::string &text, bool) { m_status.ShowMessage(text, "Base Station"); });
 }
 
 MainFrm::~MainFrm()
@@ -120,31 +124,6 @@ void MainFrm::buildWindow()
 QAction *MainFrm::action(const char *name) const
 {
     return findChild<QAction *>(QString::fromLatin1(name));
-}
-
-const std::vector<LCDModule *> &MainFrm::Disp() const
-{
-    return m_panels->panels();
-}
-
-TableContainer *MainFrm::grid() const
-{
-    return m_panels->grid();
-}
-
-QLabel *MainFrm::LogLabel() const
-{
-    return m_strip->logLabel();
-}
-
-QLabel *MainFrm::Vers() const
-{
-    return m_strip->version();
-}
-
-QLabel *MainFrm::ImageLogo() const
-{
-    return m_strip->logo();
 }
 
 bool MainFrm::Form_Load()
@@ -435,7 +414,8 @@ void MainFrm::mnuEditWorkspace_Click()
     const WorkspaceClass before = m_workspace;
     m_stayAwakeTimer.stop();
     {
-        WorkSpaceFrm editor(m_workspace, m_session.engine(), m_prompts, m_commaDecimal, this);
+        WorkSpaceFrm editor(
+            m_workspace, m_session.engine(), m_prompts, m_commaDecimal, m_paths.settingsFile, this);
         emit editorOpened(&editor);
         editor.exec();
     }
@@ -451,6 +431,15 @@ void MainFrm::mnuEditWorkspace_Click()
     SetupDisplays();
     m_screenTimer.start();
     m_stayAwakeTimer.start();
+}
+
+void MainFrm::mnuDriver_Click()
+{
+    if (!editDriverSource(m_paths.settingsFile, m_options.sourceOverride, m_prompts, this))
+        return;
+    m_screenTimer.stop();
+    SetupDisplays();
+    m_screenTimer.start();
 }
 
 void MainFrm::mnuStartStopLog_Click()

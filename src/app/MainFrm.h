@@ -1,7 +1,9 @@
 #pragma once
 
 #include "HelpWindow.h"
+#include "PanelGrid.h"
 #include "StatusFrm.h"
+#include "StatusStrip.h"
 #include "acquisition/InterfaceInit.h"
 #include "displays/DisplayRefresh.h"
 #include "logging/IntervalTimer.h"
@@ -25,8 +27,6 @@ class QMenu;
 namespace corvalog {
 
 class LCDModule;
-class PanelGrid;
-class StatusStrip;
 class TableContainer;
 
 // What the main window is given by the program (and by tests).
@@ -34,6 +34,8 @@ struct MainFrmOptions {
     SystemFolders folders = SystemFolders::current();
     // Makes the driver object; raises VbError when it cannot.
     ProviderFactory factory;
+    // The source CORVALOG_SOURCE names, which wins over the driver setting ("" when unset).
+    std::string sourceOverride;
     // The command line after the program name, as typed.
     std::string commandLine;
     UserPrompts *prompts = nullptr;
@@ -81,6 +83,7 @@ public:
     void mnuopen_Click();
     void mnuSave_Click();
     void mnuEditWorkspace_Click();
+    void mnuDriver_Click();
     void mnuExit_Click();
     void mnuStartStopLog_Click();
     // Starts logging to a file without the dialog (unattended runs); nothing when logging.
@@ -105,11 +108,11 @@ public:
     HelpWindow &help() { return m_help; }
     DriverHost &driverHost() { return m_session.driverHost(); }
     const SettingsPaths &paths() const { return m_paths; }
-    const std::vector<LCDModule *> &Disp() const;
-    TableContainer *grid() const;
-    QLabel *LogLabel() const;
-    QLabel *Vers() const;
-    QLabel *ImageLogo() const;
+    const std::vector<LCDModule *> &Disp() const { return m_panels->panels(); }
+    TableContainer *grid() const { return m_panels->grid(); }
+    QLabel *LogLabel() const { return m_strip->logLabel(); }
+    QLabel *Vers() const { return m_strip->version(); }
+    QLabel *ImageLogo() const { return m_strip->logo(); }
     QAction *action(const char *name) const;
     QMenu *mnuCalibration() const { return m_calibration; }
     bool FixedInstall() const { return m_fixedInstall; }

@@ -47,7 +47,12 @@ QMenu *buildMainMenus(MainFrm &window)
             { "mnuSave", "&Save Workspace", &MainFrm::mnuSave_Click, QKeySequence::Save },
             { "mnublank", nullptr, nullptr, {} },
             { "mnuEditWorkspace", "Configure &Workspace", &MainFrm::mnuEditWorkspace_Click, {} },
-            separator, { "mnuExit", "E&xit", &MainFrm::mnuExit_Click, {} } });
+            { "mnuDriver", "Base Station &Driver...", &MainFrm::mnuDriver_Click, {} }, separator,
+            { "mnuExit", "E&xit", &MainFrm::mnuExit_Click, {} } });
+    // A new driver re-activates the workspace, as the editor's changes do: while logging keeps
+    // the editor away, it keeps the driver away too.
+    QObject::connect(window.action("mnuEditWorkspace"), &QAction::enabledChanged,
+        window.action("mnuDriver"), &QAction::setEnabled);
 
     // Ctrl+L starts and stops: only one of the two is enabled at a time.
     const QKeySequence startStop(Qt::CTRL | Qt::Key_L);

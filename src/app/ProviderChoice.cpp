@@ -1,5 +1,6 @@
 #include "ProviderChoice.h"
 
+#include "acquisition/DriverSettings.h"
 #include "acquisition/ProviderFactory.h"
 #include "runtime/VbError.h"
 
@@ -14,6 +15,8 @@ std::string providerName(const ProviderSource &source)
         return "Corvalog simulated base station";
     case ProviderSource::Kind::Replay:
         return "Corvalog recording replay";
+    case ProviderSource::Kind::Serial:
+        return "Corvalog serial base station";
     case ProviderSource::Kind::Udp:
         break;
     }
@@ -22,22 +25,22 @@ std::string providerName(const ProviderSource &source)
 
 } // namespace
 
-ProviderFactory providerFactoryFor(const std::string &sourceText)
+ProviderFactory providerFactoryFor(
+    std::string overrideText, std::function<std::string()> settingsFile)
 {
-    std::string error;
-    const std::optional<ProviderSource> source = ProviderSource::parse(sourceText, &error);
-    if (!source) {
-        const std::string description = "Corvalog data provider: " + error;
-        return [description]() -> std::unique_ptr<DataProvider> {
-            throw VbError(vberr::InvalidProcedureCall, description);
-        };
-    }
-    return [source = *source, sourceText]() -> std::unique_ptr<DataProvider> {
+    return [overrideText = std::move(overrideText),
+               settingsFile = std::move(settingsFile)]() -> std::unique_ptr<DataProvider> {
+        const DriverSettings settings = readDriverSettings(settingsFile());
+        const std::string sourceText = overrideText.empty() ? settings.source : overrideText;
+        std::string error;
+        const std::optional<ProviderSource> source = ProviderSource::parse(sourceText, &error);
+        if (!source)
+            throw VbError(vberr::InvalidProcedureCall, "Corvalog data provider: " + error);
         try {
-            return createProvider(source, false, numberLocale());
+            return createProvider(*source, false, numberLocale(), settings);
         } catch (const VbError &e) {
             throw VbError(
-                e.number(), providerName(source) + " (" + sourceText + "): " + e.description());
+                e.number(), providerName(*source) + " (" + sourceText + "): " + e.description());
         }
     };
 }

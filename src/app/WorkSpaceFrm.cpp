@@ -1,13 +1,16 @@
 #include "WorkSpaceFrm.h"
 
 #include "ExpressionBox.h"
+#include "HeardModulesDialog.h"
 #include "HelpTopics.h"
 #include "LabelledGrid.h"
 #include "NumericLineEdit.h"
+#include "acquisition/DriverSettings.h"
 #include "runtime/Convert.h"
 #include "runtime/NumberText.h"
 #include "runtime/UserPrompts.h"
 #include "runtime/VbError.h"
+#include "values/HeardTags.h"
 #include "values/ScriptEngine.h"
 #include "values/ValidateModule.h"
 #include "workspace/INIFileModule.h"
@@ -41,7 +44,10 @@ constexpr std::array<const char *, 6> kFunctionNames
 constexpr std::array<int, 8> kBaudrates
     = { 9600, 19200, 38400, 57600, 115200, 230400, 460800, 921600 };
 
-constexpr int kPorts = 32;
+// The ports offered when no serial device is present or mapped, so a number can be chosen.
+constexpr int kFallbackPorts = 16;
+// The role of a port entry's device, beside the port number as its data.
+constexpr int kDeviceRole = Qt::UserRole + 1;
 // The driver takes the radio channel and the base-station address as bytes.
 constexpr int kByteMax = 255;
 
@@ -73,15 +79,30 @@ void selectValue(QComboBox &combo, int value)
     combo.setCurrentIndex(index);
 }
 
+// Adds a port entry in port-number order; its index.
+int addPort(QComboBox &combo, const SerialPortEntry &entry)
+{
+    int index = 0;
+    while (index < combo.count() && combo.itemData(index).toInt() < entry.port)
+        ++index;
+    combo.insertItem(index,
+        entry.device.empty() ? QString::number(entry.port)
+                             : QString::fromStdString(entry.caption()),
+        entry.port);
+    combo.setItemData(index, QString::fromStdString(entry.device), kDeviceRole);
+    return index;
+}
+
 } // namespace
 
 WorkSpaceFrm::WorkSpaceFrm(WorkspaceClass &workspace, ScriptEngine &engine, UserPrompts &prompts,
-    bool commaDecimal, QWidget *parent)
+    bool commaDecimal, std::string settingsFile, QWidget *parent)
     : QDialog(parent)
     , m_workspace(workspace)
     , m_engine(engine)
     , m_prompts(prompts)
     , m_commaDecimal(commaDecimal)
+    , m_settingsFile(std::move(settingsFile))
 {
     setWindowTitle(tr("Configure Workspace"));
     setProperty(kHelpTopicProperty, "workspace-editor");
@@ -211,8 +232,16 @@ void WorkSpaceFrm::buildControls()
            "Combine values with operators, i.e. <FE12>+<FE23>*255\n"
            "Click the Help button to see the Expressions section of the help"));
     m_tbTag->setProperty(kHelpTopicProperty, "expressions");
+    auto *modules = new QPushButton(tr("Modules\u2026"), m_channelBoxes);
+    modules->setObjectName(QStringLiteral("btnModules"));
+    modules->setToolTip(tr("Insert a module heard since start-up into the expression"));
+    modules->setAutoDefault(false);
+    connect(modules, &QPushButton::clicked, this, &WorkSpaceFrm::insertHeardModule);
+    auto *expressionRow = new QHBoxLayout;
+    expressionRow->addWidget(m_expression, 1);
+    expressionRow->addWidget(modules);
     channel->addWidget(tagLabel, 0, 2);
-    channel->addWidget(m_expression, 0, 3, 1, 3);
+    channel->addLayout(expressionRow, 0, 3, 1, 3);
     channel->setContentsMargins(0, 0, 0, 0);
     channel->setColumnStretch(1, 1);
     channel->setColumnStretch(3, 1);
@@ -269,8 +298,14 @@ void WorkSpaceFrm::fillLists()
 {
     m_cbInterface->addItem(tr("USB Base Station"));
     m_cbInterface->addItem(tr("Serial Base Station"));
-    for (int port = 1; port <= kPorts; ++port)
-        m_cbPort->addItem(QString::number(port), port);
+    const DriverSettings driver = readDriverSettings(m_settingsFile);
+    std::vector<SerialPortEntry> ports = serialPortEntries(driver);
+    if (ports.empty()) {
+        for (int port = 1; port <= kFallbackPorts; ++port)
+            ports.push_back({ port, driver.comDevice(port), "", false });
+    }
+    for (const SerialPortEntry &entry : ports)
+        addPort(*m_cbPort, entry);
     for (const int baud : kBaudrates)
         m_cbBaudrate->addItem(QString::number(baud), baud);
     for (int count = 1; count <= WorkspaceClass::kMaxChannels; ++count)
@@ -374,7 +409,7 @@ void WorkSpaceFrm::WorkspaceToForm()
     m_tbNotes->setPlainText(notes);
     m_cbInterface->setCurrentIndex(m_workspace.Interface != 0 ? 1 : 0);
     showInterfaceChoice(m_cbInterface->currentIndex());
-    selectValue(*m_cbPort, m_workspace.Port);
+    selectPort(m_workspace.Port);
     selectValue(*m_cbBaudrate, m_workspace.Baudrate);
     const int channels = m_workspace.Channels;
     m_cbChannels->setCurrentIndex(
@@ -411,8 +446,11 @@ void WorkSpaceFrm::FormToWorkspace()
     const bool serial = m_cbInterface->currentIndex() == 1;
     if ((m_workspace.Interface != 0) != serial)
         m_workspace.Interface = serial ? 1 : 0;
-    if (m_cbPort->currentIndex() >= 0)
+    if (m_cbPort->currentIndex() >= 0) {
         m_workspace.Port = static_cast<std::int16_t>(m_cbPort->currentData().toInt());
+        if (serial)
+            mapChosenPort();
+    }
     if (m_cbBaudrate->currentIndex() >= 0)
         m_workspace.Baudrate = m_cbBaudrate->currentData().toInt();
     if (const auto interval = numberBoxLong(m_tbLogInterval->text().toStdString(), m_commaDecimal))
@@ -423,6 +461,43 @@ void WorkSpaceFrm::FormToWorkspace()
         m_workspace.BSAddress = static_cast<std::int16_t>(m_cbAddress->currentData().toInt());
     if ((m_workspace.KeepAwake != 0) != m_cbKeepAwake->isChecked())
         m_workspace.KeepAwake = m_cbKeepAwake->isChecked() ? 1 : 0;
+}
+
+void WorkSpaceFrm::selectPort(int port)
+{
+    int index = m_cbPort->findData(port);
+    if (index < 0) {
+        const std::string device = readDriverSettings(m_settingsFile).comDevice(port);
+        index = addPort(*m_cbPort, { port, device, "", false });
+    }
+    m_cbPort->setCurrentIndex(index);
+}
+
+void WorkSpaceFrm::mapChosenPort()
+{
+    // A device present but not mapped is listed under a free number; the number opens it only
+    // once the settings say so. Read now: the settings may have changed while the dialog was
+    // open.
+    const int port = m_cbPort->currentData().toInt();
+    const std::string device = m_cbPort->currentData(kDeviceRole).toString().toStdString();
+    if (m_settingsFile.empty() || device.empty()
+        || device == readDriverSettings(m_settingsFile).comDevice(port))
+        return;
+    if (!writeComDevice(m_settingsFile, port, device))
+        m_prompts.message("Warning",
+            "COM port " + std::to_string(port) + " could not be set to open " + device + " in "
+                + m_settingsFile + ".",
+            PromptIcon::Exclamation, PromptButtons::Ok);
+}
+
+void WorkSpaceFrm::insertHeardModule()
+{
+    HeardModulesDialog modules(heardTags(m_engine.sclass()), m_commaDecimal, this);
+    if (modules.exec() != QDialog::Accepted)
+        return;
+    // As if typed: the expression is checked and goes into the channel.
+    m_tbTag->insert(modules.reference());
+    m_tbTag->setFocus();
 }
 
 int WorkSpaceFrm::FindItem(int channel) const

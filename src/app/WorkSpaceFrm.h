@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <string>
 
 class QCheckBox;
 class QComboBox;
@@ -28,10 +29,12 @@ class WorkSpaceFrm : public QDialog
 
 public:
     // Builds the dialog over `workspace` and fills it. `engine` checks expressions as they are
-    // typed; `prompts` asks before channels are dropped; `commaDecimal` says whether numbers
-    // are written and read with a decimal comma.
+    // typed, and its tables tell which modules have been heard; `prompts` asks before channels
+    // are dropped; `commaDecimal` says whether numbers are written and read with a decimal
+    // comma. `settingsFile` holds the program's driver settings: which device each COM port
+    // opens ("" offers the devices present and keeps no choice of device).
     WorkSpaceFrm(WorkspaceClass &workspace, ScriptEngine &engine, UserPrompts &prompts,
-        bool commaDecimal, QWidget *parent = nullptr);
+        bool commaDecimal, std::string settingsFile = {}, QWidget *parent = nullptr);
 
     // The list row of a channel (1-based number), or -1 when it has none.
     int FindItem(int channel) const;
@@ -52,6 +55,12 @@ private:
     void FormToWorkspace();
     void buildControls();
     void fillLists();
+    // Chooses the workspace's port, adding it to the list when no device stands for it.
+    void selectPort(int port);
+    // Maps the chosen port to its device in the settings, where they map it to another.
+    void mapChosenPort();
+    // Lets the user pick a module heard since start-up and inserts it at the cursor.
+    void insertHeardModule();
     void connectControls();
 
     void channelsChosen(int index);
@@ -68,6 +77,7 @@ private:
     ScriptEngine &m_engine;
     UserPrompts &m_prompts;
     bool m_commaDecimal = false;
+    std::string m_settingsFile;
 
     int m_current = 0;
     bool m_loading = false; // the program, not the user, is writing into the controls

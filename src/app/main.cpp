@@ -1,5 +1,6 @@
-// Corvalog, the desktop program. The packets come from the source CORVALOG_SOURCE names (the
-// built-in simulated base station by default); the command line is the program's own
+// Corvalog, the desktop program. The packets come from the source CORVALOG_SOURCE names, else
+// the driver setting of the settings file (the built-in simulated base station by default); the
+// command line is the program's own
 // ("workbay" shows the calibration commands). CORVALOG_QUIT_AFTER_FIRST_FRAME=1 ends the
 // program once its window has been painted, for measuring start-up. CORVALOG_LOG_TO=FILE starts
 // logging to FILE as soon as the window is up, for unattended runs.
@@ -49,11 +50,16 @@ int main(int argc, char **argv)
 
     QtPrompts prompts;
     MainFrmOptions options;
-    options.factory = providerFactoryFor(source.isEmpty() ? "sim" : source.toStdString());
+    // The settings file is settled by the window's start-up, before the first driver is made.
+    const MainFrm *frame = nullptr;
+    options.factory = providerFactoryFor(source.toStdString(),
+        [&frame] { return frame ? frame->paths().settingsFile : std::string(); });
+    options.sourceOverride = source.toStdString();
     options.commandLine = words.join(QLatin1Char(' ')).toStdString();
     options.prompts = &prompts;
     options.locale = systemNumberLocale();
     MainFrm window(std::move(options));
+    frame = &window;
     prompts.setOwner(&window);
     if (!window.Form_Load())
         return 1;

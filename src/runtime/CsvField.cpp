@@ -1,5 +1,7 @@
 #include "CsvField.h"
 
+#include <algorithm>
+
 namespace corvalog {
 
 void appendCsvField(std::string &out, std::string_view field, char separator)
@@ -22,6 +24,50 @@ void appendCsvField(std::string &out, std::string_view field, char separator)
             out += '"';
     }
     out += '"';
+}
+
+bool splitCsvFields(std::string_view line, std::vector<std::string> &fields, std::string &error)
+{
+    fields.clear();
+    std::size_t i = 0;
+    for (;;) {
+        std::string field;
+        if (i < line.size() && line[i] == '"') {
+            ++i;
+            for (;;) {
+                if (i >= line.size()) {
+                    error = "a quote is not closed";
+                    return false;
+                }
+                if (line[i] == '"') {
+                    if (i + 1 < line.size() && line[i + 1] == '"') {
+                        field += '"';
+                        i += 2;
+                        continue;
+                    }
+                    ++i;
+                    break;
+                }
+                field += line[i++];
+            }
+            if (i < line.size() && line[i] != ',') {
+                error = "text follows a closing quote";
+                return false;
+            }
+        } else {
+            const std::size_t comma = std::min(line.find(',', i), line.size());
+            field.assign(line.substr(i, comma - i));
+            if (field.find('"') != std::string::npos) {
+                error = "a quote inside a field that does not start with one";
+                return false;
+            }
+            i = comma;
+        }
+        fields.push_back(std::move(field));
+        if (i >= line.size())
+            return true;
+        ++i; // the comma
+    }
 }
 
 } // namespace corvalog

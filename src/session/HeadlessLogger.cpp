@@ -32,14 +32,15 @@ HeadlessLogger::HeadlessLogger(
     , m_virtualClock(m_options.start)
     , m_logTimer(makeLogTimer())
     , m_session(SessionOptions { [this] {
-                                    return createProvider(
-                                        m_options.source, m_options.virtualTime, numberLocale());
+                                    return createProvider(m_options.source, m_options.virtualTime,
+                                        numberLocale(), m_options.driverSettings);
                                 },
                     m_options.virtualTime ? &m_virtualClock : nullptr, numberLocale(),
                     m_options.semicolons, m_options.rescueFolder },
           SessionHost { *this, *this, *m_logTimer, m_prompts })
 {
     m_session.workspace() = std::move(workspace);
+    m_session.driverHost().setNoticeHandler(m_options.notices);
 }
 
 std::unique_ptr<TickTimer> HeadlessLogger::makeLogTimer()

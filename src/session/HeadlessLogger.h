@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Session.h"
+#include "acquisition/DriverSettings.h"
 #include "acquisition/ProviderSource.h"
 
 #include <functional>
@@ -20,6 +21,9 @@ struct HeadlessLogOptions {
     double start = 36526.0; // script date of 2000-01-01 00:00:00
     bool semicolons = false;
     std::string rescueFolder; // where rows of a log file deleted while logging are saved
+    DriverSettings driverSettings; // the devices a serial source opens
+    // Told what the driver says about its line (a base station lost, or back).
+    DriverHost::NoticeHandler notices;
 };
 
 struct HeadlessProgress {

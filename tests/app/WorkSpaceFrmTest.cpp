@@ -2,6 +2,8 @@
 
 #include "FileText.h"
 #include "RecordingPrompts.h"
+#include "acquisition/DriverSettings.h"
+#include "app/HeardModulesDialog.h"
 #include "app/HelpWindow.h"
 #include "runtime/Clock.h"
 #include "values/ScriptClass.h"
@@ -11,6 +13,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
@@ -18,6 +21,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QTreeWidget>
 #include <functional>
 #include <gtest/gtest.h>
@@ -40,11 +44,13 @@ protected:
     ScriptEngine engine { sclass };
     WorkspaceClass workspace;
     RecordingPrompts prompts;
+    std::string settingsFile;
     std::unique_ptr<WorkSpaceFrm> form;
 
     WorkSpaceFrm &open(bool commaDecimal = false)
     {
-        form = std::make_unique<WorkSpaceFrm>(workspace, engine, prompts, commaDecimal);
+        form = std::make_unique<WorkSpaceFrm>(
+            workspace, engine, prompts, commaDecimal, settingsFile);
         return *form;
     }
     template <typename T = QLineEdit> T *child(const char *n) { return form->findChild<T *>(n); }
@@ -235,6 +241,96 @@ TEST_F(WorkSpaceFrmTest, HelpOpensTheManualAtTheTopicOfTheControlTheUserWasIn)
     QTest::mouseClick(child<QPushButton>("btnHelp"), Qt::LeftButton);
     ASSERT_NE(help.browser(), nullptr);
     EXPECT_EQ(help.browser()->source().fragment(), QStringLiteral("expressions"));
+}
+
+} // namespace
+
+namespace {
+
+// The ports are the devices the settings map and those present, in port order; the
+// workspace's port is offered even when no device stands for it, so it is kept.
+TEST_F(WorkSpaceFrmTest, ThePortListHoldsTheMappedDevicesAndTheWorkspacesPort)
+{
+    QTemporaryDir dir;
+    const std::string settings = "[Driver]\nCOM3=/tmp/x\n";
+    settingsFile = writeFile(dir.filePath("config.ini").toStdString(), settings);
+    workspace.Interface = 1;
+    workspace.Port = 200;
+    open();
+    QComboBox &ports = *child<QComboBox>("cbPort");
+    ASSERT_GE(ports.findData(3), 0);
+    EXPECT_EQ(ports.itemText(ports.findData(3)), QString::fromUtf8("3 \u2014 /tmp/x"));
+    EXPECT_EQ(ports.currentText(), QString::fromUtf8("200 \u2014 /dev/ttyS199"));
+    for (int index = 1; index < ports.count(); ++index)
+        EXPECT_LT(ports.itemData(index - 1).toInt(), ports.itemData(index).toInt());
+    form->done(QDialog::Accepted);
+    EXPECT_EQ(workspace.Port, 200);
+    EXPECT_EQ(fileText(settingsFile), settings); // the port opens the device it always did
+
+    // With nothing mapped or present, a number can still be chosen.
+    if (serialPortEntries({}).empty()) {
+        settingsFile.clear();
+        open();
+        QComboBox &fallback = *child<QComboBox>("cbPort");
+        EXPECT_EQ(fallback.count(), 17);
+        EXPECT_EQ(fallback.itemText(0), QString::fromUtf8("1 \u2014 /dev/ttyS0"));
+        EXPECT_EQ(fallback.currentData().toInt(), 200);
+    }
+}
+
+// The chosen port is mapped to the device it was listed with wherever the settings (read as
+// the dialog closes) map it to another, and only for the serial interface.
+TEST_F(WorkSpaceFrmTest, ClosingMapsTheChosenSerialPortToItsDevice)
+{
+    QTemporaryDir dir;
+    settingsFile = dir.filePath("config.ini").toStdString();
+    // The interface, and the device COM3 opens afterwards.
+    const std::pair<std::int16_t, const char *> cases[] = { { 1, "/tmp/x" }, { 0, "/tmp/y" } };
+    for (const auto &[interface, device] : cases) {
+        writeFile(settingsFile, "[Driver]\nCOM3=/tmp/x\n");
+        workspace.Interface = interface;
+        open();
+        QComboBox &ports = *child<QComboBox>("cbPort");
+        ports.setCurrentIndex(ports.findData(3));
+        writeFile(settingsFile, "[Driver]\nCOM3=/tmp/y\n"); // changed meanwhile
+        form->done(QDialog::Accepted);
+        EXPECT_EQ(workspace.Port, 3);
+        EXPECT_EQ(readDriverSettings(settingsFile).comDevice(3), device) << interface;
+    }
+    // The everyday case, where this machine has a device present that nothing maps.
+    writeFile(settingsFile, "");
+    const DriverSettings unmapped = readDriverSettings(settingsFile);
+    for (const SerialPortEntry &entry : serialPortEntries(unmapped)) {
+        if (entry.device == unmapped.comDevice(entry.port))
+            continue;
+        workspace.Interface = 1;
+        open();
+        QComboBox &ports = *child<QComboBox>("cbPort");
+        ports.setCurrentIndex(ports.findData(entry.port));
+        form->done(QDialog::Accepted);
+        EXPECT_EQ(readDriverSettings(settingsFile).comDevice(entry.port), entry.device);
+        break;
+    }
+    EXPECT_TRUE(prompts.messages.empty());
+}
+
+// The module chosen in Modules Heard goes in at the cursor as if typed: the channel takes it
+// and the expression is checked again.
+TEST_F(WorkSpaceFrmTest, ModulesInsertsTheChosenModuleAtTheCursor)
+{
+    sclass.setT(0xAB, 4);
+    open().show();
+    retype("tbTag", QStringLiteral("2*+1"));
+    child("tbTag")->setCursorPosition(2);
+    QTimer::singleShot(0, form.get(), [this] {
+        auto *modules = form->findChild<HeardModulesDialog *>();
+        ASSERT_NE(modules, nullptr);
+        QTest::mouseClick(modules->findChild<QPushButton *>("btnInsert"), Qt::LeftButton);
+    });
+    QTest::mouseClick(child<QPushButton>("btnModules"), Qt::LeftButton);
+    EXPECT_EQ(child("tbTag")->text(), QStringLiteral("2*<00AB>+1"));
+    EXPECT_EQ(workspace.item(1).DataTagList, "2*<00AB>+1");
+    EXPECT_TRUE(child<QLabel>("Tick")->isVisibleTo(form.get()));
 }
 
 } // namespace
