@@ -81,8 +81,8 @@ public:
                 m_skipping = false;
             } else if (!m_skipping) {
                 // A CR may still come before the LF: the limit counts the line without it.
-                if (m_line.size() == kMaxLineBytes + 1
-                    || (m_line.size() == kMaxLineBytes && m_line.back() != '\r')) {
+                if (m_line.size() > kMaxLineBytes
+                    || (m_line.size() == kMaxLineBytes && c != '\r')) {
                     onLine(std::string_view(m_line).substr(0, kMaxLineBytes), true);
                     m_line.clear();
                     m_skipping = true;
