@@ -6,6 +6,7 @@
 #include "acquisition/ModuleCommands.h"
 #include "acquisition/PacketHandler.h"
 #include "acquisition/ProviderFactory.h"
+#include "acquisition/SourceLosses.h"
 #include "runtime/Clock.h"
 #include "runtime/Convert.h"
 #include "runtime/VbError.h"
@@ -137,15 +138,23 @@ int runCommand(CliArgs &args, std::ostream &out)
             PrintedStatus progress(out);
             const bool acknowledged = PauseResume(
                 host, workspace, progress, pause ? 1 : 0, tag, static_cast<std::int16_t>(channel));
-            out << pauseResumeOutcome(channel, pause, acknowledged) << "\n";
-            status = acknowledged ? 0 : 1;
+            // Ctrl+C is the window's Cancel: the program counts it a success, a script must not.
+            if (stopSignalled()) {
+                out << "Channel " << channel << ": stopped before the module acknowledged.\n";
+                status = 1;
+            } else {
+                out << pauseResumeOutcome(channel, pause, acknowledged) << "\n";
+                status = acknowledged ? 0 : 1;
+            }
         }
     } catch (const VbError &e) {
         std::cerr << "Error: " << e.description() << " (error " << e.number() << ")\n";
         status = 1;
     }
     // Commands nobody waits for are on the line before it closes.
-    host.driver()->CloseInterface();
+    DataProvider &driver = *host.driver();
+    driver.CloseInterface();
+    reportSourceWarnings(driver, sourceLosses(driver, 0, 0), std::cerr);
     return status;
 }
 

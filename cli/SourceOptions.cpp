@@ -84,7 +84,10 @@ void reportSourceWarnings(const DataProvider &driver, const SourceLosses &losses
     if (driver.malformedCount() > messages.size())
         err << "Warning: " << driver.malformedCount() - messages.size()
             << " more malformed lines\n";
-    for (const std::string &sentence : lossSentences(losses))
+    // The malformed lines are told one by one above.
+    SourceLosses lost = losses;
+    lost.malformed = 0;
+    for (const std::string &sentence : lossSentences(lost))
         err << "Warning: " << sentence << "\n";
 }
 

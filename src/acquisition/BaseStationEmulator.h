@@ -23,7 +23,7 @@ public:
     // Bytes held while the reader is slow or absent (a second or so of packets); beyond them
     // packets are dropped (counted), as a base station's radio buffer overflows, so a reader
     // that opens the line late is not fed old packets. Answers are never dropped.
-    static constexpr std::size_t kMaxPending = 64 << 10;
+    static constexpr std::size_t kMaxPending = 8 << 10;
 
     // Opens a pseudo-terminal (raw, so nothing is echoed or translated) and links its device at
     // `linkPath` (a symbolic link; an old link there is replaced, any other file is refused).

@@ -57,7 +57,7 @@ void parseStationLine(std::string_view line, const NumberLocale &locale, Station
         line.remove_suffix(1);
     out.fields.clear();
     out.text.clear();
-    if (line.empty() || line[0] == '#') {
+    if (line.find_first_not_of(" \t") == std::string_view::npos || line[0] == '#') {
         out.kind = StationLine::Kind::Comment;
         return;
     }

@@ -45,7 +45,8 @@ struct StationLine {
 };
 
 // Reads one line (without its LF; a trailing CR is ignored). A packet's value text is handed on
-// with the locale's decimal separator, as a recording's is. A blank line is a comment.
+// with the locale's decimal separator, as a recording's is. A blank line (or one of spaces and
+// tabs only) is a comment.
 void parseStationLine(std::string_view line, const NumberLocale &locale, StationLine &out);
 
 // One command to the base station.

@@ -26,11 +26,6 @@ void SleepModules(DriverHost &host);
 // asks for it.
 void StayAwakeTick(DriverHost &host, const WorkspaceClass &workspace);
 
-// Pauses (Pause non-zero) or resumes one module, retrying until it acknowledges, the status
-// window is closed or 101 attempts were made, with a progress line after every attempt and
-// 50 ms between attempts (`delay`, Delay by default). True when fewer than 100 attempts were
-// made: a module that acknowledged on the 100th or 101st attempt counts as failed, and a closed
-// window as success. Driver errors and a BSAddress beyond a byte raise VbError to the caller.
 // The module a pause or resume is meant for, from the channel number the user typed: the
 // channel and the first Data Tag of its expression, or why there is none ("There is no
 // channel 7.").
@@ -44,6 +39,11 @@ ModuleChoice moduleOfChannel(const WorkspaceClass &workspace, const std::string 
 // The progress line once a pause or resume has ended.
 std::string pauseResumeOutcome(int channel, bool pause, bool acknowledged);
 
+// Pauses (Pause non-zero) or resumes one module, retrying until it acknowledges, the status
+// window is closed or 101 attempts were made, with a progress line after every attempt and
+// 50 ms between attempts (`delay`, Delay by default). True when fewer than 100 attempts were
+// made: a module that acknowledged on the 100th or 101st attempt counts as failed, and a closed
+// window as success. Driver errors and a BSAddress beyond a byte raise VbError to the caller.
 bool PauseResume(DriverHost &host, const WorkspaceClass &workspace, StatusDisplay &status,
     std::int16_t Pause, std::int32_t ID, std::int16_t Channel,
     const std::function<void(std::int32_t)> &delay = {});

@@ -61,14 +61,20 @@ public:
     {
         m_wanted = false;
         m_reopen.stop();
+        // Commands nobody waits for (a last SLEEP) still reach the base station.
+        if (m_port && m_port->bytesToWrite() > 0)
+            m_port->waitForBytesWritten(kCloseFlushMs);
         dropPort();
         m_owner.linkChanged(false);
     }
 
     void write(const QByteArray &bytes)
     {
-        if (m_port)
-            m_port->write(bytes);
+        if (!m_port)
+            return;
+        m_port->write(bytes);
+        // On the line now, not at the next turn of this thread's loop.
+        m_port->flush();
     }
 
     // Retunes a base station that comes back, as it was before it went away.
@@ -78,6 +84,8 @@ public:
     }
 
 private:
+    static constexpr int kCloseFlushMs = 200;
+
     std::string tryOpen()
     {
         auto port = std::make_unique<QSerialPort>();
@@ -92,6 +100,7 @@ private:
         connect(m_port, &QSerialPort::readyRead, this, &Link::read);
         connect(m_port, &QSerialPort::errorOccurred, this, &Link::failed);
         m_assembler.reset();
+        m_lineNumber = 0;
         m_owner.linkChanged(true);
         return {};
     }
@@ -140,7 +149,9 @@ private:
         case bsp::StationLine::Kind::Comment:
             break;
         case bsp::StationLine::Kind::Malformed:
-            m_owner.lineMalformed(where() + m_parsed.text);
+            // The first line after an opening may be the tail of one sent before it.
+            if (m_lineNumber > 1)
+                m_owner.lineMalformed(where() + m_parsed.text);
             break;
         }
     }
@@ -254,7 +265,7 @@ std::int16_t SerialProvider::OpenInterface(std::int16_t port, std::int32_t baudr
         std::lock_guard<std::mutex> lock(m_answerMutex);
         m_device = device;
     }
-    m_versions.reset();
+    forgetVersions();
     std::string error;
     QMetaObject::invokeMethod(
         m_link,
@@ -410,7 +421,16 @@ void SerialProvider::readVersions()
 {
     if (m_versions)
         return;
-    const bsp::StationLine answer = ask(bsp::kVersion, {});
+    // The about box asks twice; a base station that failed once is not waited for again.
+    if (m_versionFailure)
+        throw *m_versionFailure;
+    bsp::StationLine answer;
+    try {
+        answer = ask(bsp::kVersion, {});
+    } catch (const VbError &e) {
+        m_versionFailure = e;
+        throw;
+    }
     float versions[2] = { 0, 0 };
     for (std::size_t i = 0; i < 2; ++i) {
         const std::string text = i < answer.fields.size() ? answer.fields[i] : std::string();
@@ -420,6 +440,12 @@ void SerialProvider::readVersions()
                 kErrorBadAnswer, "The base station answered VERSION without two version numbers");
     }
     m_versions = std::make_pair(versions[0], versions[1]);
+}
+
+void SerialProvider::forgetVersions()
+{
+    m_versions.reset();
+    m_versionFailure.reset();
 }
 
 std::uint16_t SerialProvider::nextSequence()

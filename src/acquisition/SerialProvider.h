@@ -4,6 +4,7 @@
 #include "DataProvider.h"
 #include "DriverSettings.h"
 #include "runtime/NumberLocale.h"
+#include "runtime/VbError.h"
 
 #include <QThread>
 #include <atomic>
@@ -85,6 +86,7 @@ private:
     void requireConnected(std::string_view operation) const;
     std::int32_t integerResult(std::string_view operation, const bsp::StationLine &answer) const;
     void readVersions();
+    void forgetVersions();
     std::uint16_t nextSequence();
 
     // From the link's thread.
@@ -107,6 +109,7 @@ private:
     std::string m_device;
 
     std::optional<std::pair<float, float>> m_versions;
+    std::optional<VbError> m_versionFailure;
 };
 
 } // namespace corvalog

@@ -7,7 +7,12 @@ namespace corvalog {
 SourceLosses sourceLosses(
     const DataProvider &driver, std::uint64_t unstored, std::uint64_t droppedHeld)
 {
-    return { unstored, driver.droppedInInbox() + droppedHeld, driver.droppedBySystem() };
+    SourceLosses losses { unstored, driver.droppedInInbox() + droppedHeld, driver.droppedBySystem(),
+        driver.malformedCount(), {} };
+    const std::vector<std::string> reasons = driver.malformedMessages();
+    if (!reasons.empty())
+        losses.firstMalformed = reasons.front();
+    return losses;
 }
 
 std::vector<std::string> lossSentences(const SourceLosses &losses)
@@ -20,6 +25,10 @@ std::vector<std::string> lossSentences(const SourceLosses &losses)
         sentences.push_back(std::to_string(losses.droppedBySystem)
             + " datagrams were dropped by the system before they could be read (its receive "
               "buffer was full)");
+    if (losses.malformed > 0)
+        sentences.push_back(std::to_string(losses.malformed)
+            + " lines could not be read and were skipped"
+            + (losses.firstMalformed.empty() ? "" : " (the first: " + losses.firstMalformed + ")"));
     return sentences;
 }
 

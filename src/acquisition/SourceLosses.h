@@ -16,8 +16,12 @@ struct SourceLosses {
     std::uint64_t unstored = 0;
     std::uint64_t droppedWaiting = 0;
     std::uint64_t droppedBySystem = 0;
+    // Lines that broke the source's format (a recording's, a datagram's, a serial line's), and
+    // the reason of the first.
+    std::uint64_t malformed = 0;
+    std::string firstMalformed;
 
-    std::uint64_t total() const { return unstored + droppedWaiting + droppedBySystem; }
+    std::uint64_t total() const { return unstored + droppedWaiting + droppedBySystem + malformed; }
 };
 
 // The losses of a driver object, with the handler's count of packets it could not store and
@@ -26,8 +30,9 @@ SourceLosses sourceLosses(
     const DataProvider &driver, std::uint64_t unstored, std::uint64_t droppedHeld);
 
 // One sentence for each kind of loss there was, for the user: "3 packets could not be stored,
-// 0 were dropped waiting" and "12 datagrams were dropped by the system before they could be
-// read (its receive buffer was full)".
+// 0 were dropped waiting", "12 datagrams were dropped by the system before they could be
+// read (its receive buffer was full)" and "2 lines could not be read and were skipped (the
+// first: ...)".
 std::vector<std::string> lossSentences(const SourceLosses &losses);
 
 // The program's one warning of an activation's losses: every sentence, and that no more are

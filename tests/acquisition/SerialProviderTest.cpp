@@ -7,6 +7,7 @@
 #include "acquisition/InterfaceInit.h"
 #include "acquisition/ModuleCommands.h"
 #include "acquisition/PacketPump.h"
+#include "acquisition/SourceLosses.h"
 #include "runtime/Clock.h"
 #include "runtime/VbError.h"
 #include "values/ScriptClass.h"
@@ -246,6 +247,21 @@ TEST_F(SerialLine, PauseAndResumeRetryOverTheLine)
     EXPECT_EQ(operations(base->lines()).back(), "SEND,1,0012,59,0");
 }
 
+// Commands nobody waits for are on the line even when it closes right after them (a script's
+// last SLEEP).
+TEST_F(SerialLine, UnwaitedCommandsReachTheLineBeforeItCloses)
+{
+    start(polite());
+    ASSERT_EQ(driver().OpenInterface(1, 115200), 0);
+    driver().WakeAll(4);
+    driver().SleepAll();
+    driver().KeepAwakeAll();
+    driver().CloseInterface();
+    ASSERT_TRUE(waitFor([&] { return base->lines().size() == 3; }));
+    EXPECT_EQ(operations(base->lines()), (Lines { "WAKE,4", "SLEEP", "KEEPAWAKE" }));
+    EXPECT_THROW(driver().SleepAll(), VbError) << "a closed line takes no command";
+}
+
 // While a command waits nothing else runs, and the packets that came meanwhile follow in order.
 TEST_F(SerialLine, PacketsThatArriveDuringACommandKeepTheirOrder)
 {
@@ -288,6 +304,11 @@ TEST_F(SerialLine, LinesThatBreakTheProtocolAreCountedAndSkipped)
     EXPECT_EQ(reasons[0], base->device() + " line 3: not a P, R, E or # line");
     EXPECT_NE(reasons[7].find("longer than 1024 bytes"), std::string::npos) << reasons[7];
     EXPECT_EQ(values.back(), std::to_string(bad.size() - 1));
+    // The program tells them with its other losses.
+    EXPECT_NE(
+        lossWarning(sourceLosses(driver(), 0, 0))
+            .find("9 lines could not be read and were skipped (the first: " + reasons[0] + ")"),
+        std::string::npos);
 }
 
 // A line that hangs up is told once, reopened, retuned, and its packets flow again.
