@@ -1,16 +1,11 @@
 #include "Commands.h"
 #include "SourceOptions.h"
 #include "StderrPrompts.h"
+#include "ToolDriver.h"
 #include "acquisition/BaseStationEmulator.h"
-#include "acquisition/InterfaceInit.h"
 #include "acquisition/ModuleCommands.h"
-#include "acquisition/PacketHandler.h"
-#include "acquisition/ProviderFactory.h"
-#include "acquisition/SourceLosses.h"
-#include "runtime/Clock.h"
 #include "runtime/Convert.h"
 #include "runtime/VbError.h"
-#include "values/ScriptClass.h"
 #include "values/TagReplace.h"
 #include "workspace/WorkspaceModule.h"
 
@@ -110,18 +105,10 @@ int runCommand(CliArgs &args, std::ostream &out)
     WorkspaceClass workspace;
     if (workspaceFile && !LoadWorkspace(workspace, *workspaceFile, prompts))
         return 1;
-    const DriverSettings settings = driverSettings(prompts);
-    SystemClock clock;
-    auto tables = std::make_unique<ScriptClass>(clock);
-    PacketHandler handler(*tables, numberLocale());
-    PacketPump pump(handler);
-    DriverHost host([&] { return createProvider(source, false, numberLocale(), settings); }, pump);
-    host.setNoticeHandler(printNotice);
-    // The base station comes up as the program brings it up; its warnings go to stderr.
-    InterfaceInit(host, workspace, prompts,
-        { [] { QCoreApplication::processEvents(); }, [](std::int32_t) {} });
-    if (!host.driver())
+    ToolDriver tool(source, prompts);
+    if (!tool.activate(workspace))
         return 1;
+    DriverHost &host = tool.host();
 
     int status = 0;
     try {
@@ -154,7 +141,7 @@ int runCommand(CliArgs &args, std::ostream &out)
     // Commands nobody waits for are on the line before it closes.
     DataProvider &driver = *host.driver();
     driver.CloseInterface();
-    reportSourceWarnings(driver, sourceLosses(driver, 0, 0), std::cerr);
+    reportSourceWarnings(driver, tool.losses(), std::cerr);
     return status;
 }
 

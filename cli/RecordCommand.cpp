@@ -1,13 +1,10 @@
 #include "Commands.h"
 #include "SourceOptions.h"
 #include "StderrPrompts.h"
-#include "acquisition/InterfaceInit.h"
-#include "acquisition/ProviderFactory.h"
+#include "ToolDriver.h"
 #include "acquisition/RecordingFormat.h"
 #include "acquisition/ReplayProvider.h"
 #include "logging/LogFile.h"
-#include "runtime/Clock.h"
-#include "values/ScriptClass.h"
 #include "workspace/WorkspaceModule.h"
 
 #include <QCoreApplication>
@@ -66,22 +63,12 @@ int runRecord(CliArgs &args, std::ostream &)
     WorkspaceClass workspace;
     if (workspaceFile && !LoadWorkspace(workspace, *workspaceFile, prompts))
         return 1;
-    const DriverSettings settings = driverSettings(prompts);
-    SystemClock clock;
-    auto tables = std::make_unique<ScriptClass>(clock);
-    PacketHandler handler(*tables, numberLocale());
-    PacketPump pump(handler);
-    DriverHost host([&] { return createProvider(source, false, numberLocale(), settings); }, pump);
-    host.setNoticeHandler(printNotice);
+    ToolDriver tool(source, prompts);
 
     std::uint64_t written = 0;
     std::optional<LogFile::Failure> stopped;
     elapsed.start();
-    // The tool brings the base station up exactly as the program does, without the pauses
-    // that give a real driver time to let go of its port.
-    InterfaceInit(host, workspace, prompts,
-        { [] { QCoreApplication::processEvents(); }, [](std::int32_t) {} });
-    DataProvider *driver = host.driver();
+    DataProvider *driver = tool.activate(workspace);
     if (!driver)
         return 1;
     std::string lines;
@@ -117,8 +104,7 @@ int runRecord(CliArgs &args, std::ostream &)
     driver->CloseInterface();
     QCoreApplication::processEvents(); // packets already handed over still reach the file
     file.close();
-    reportSourceWarnings(
-        *driver, sourceLosses(*driver, handler.droppedCount(), pump.droppedWaiting()), std::cerr);
+    reportSourceWarnings(*driver, tool.losses(), std::cerr);
     if (stopped)
         std::cerr << "Error: recording stopped: " << failureText(*path, *stopped) << "\n";
     std::cerr << "Recorded " << written << " packets to " << *path << "\n";
