@@ -5,7 +5,7 @@
 #include "HelpTopics.h"
 #include "LabelledGrid.h"
 #include "NumericLineEdit.h"
-#include "acquisition/DriverSettings.h"
+#include "PortComboBox.h"
 #include "runtime/Convert.h"
 #include "runtime/NumberText.h"
 #include "runtime/UserPrompts.h"
@@ -45,9 +45,7 @@ constexpr std::array<int, 8> kBaudrates
     = { 9600, 19200, 38400, 57600, 115200, 230400, 460800, 921600 };
 
 // The ports offered when no serial device is present or mapped, so a number can be chosen.
-constexpr int kFallbackPorts = 16;
 // The role of a port entry's device, beside the port number as its data.
-constexpr int kDeviceRole = Qt::UserRole + 1;
 // The driver takes the radio channel and the base-station address as bytes.
 constexpr int kByteMax = 255;
 
@@ -79,20 +77,6 @@ void selectValue(QComboBox &combo, int value)
     combo.setCurrentIndex(index);
 }
 
-// Adds a port entry in port-number order; its index.
-int addPort(QComboBox &combo, const SerialPortEntry &entry)
-{
-    int index = 0;
-    while (index < combo.count() && combo.itemData(index).toInt() < entry.port)
-        ++index;
-    combo.insertItem(index,
-        entry.device.empty() ? QString::number(entry.port)
-                             : QString::fromStdString(entry.caption()),
-        entry.port);
-    combo.setItemData(index, QString::fromStdString(entry.device), kDeviceRole);
-    return index;
-}
-
 } // namespace
 
 WorkSpaceFrm::WorkSpaceFrm(WorkspaceClass &workspace, ScriptEngine &engine, UserPrompts &prompts,
@@ -121,7 +105,7 @@ void WorkSpaceFrm::buildControls()
     m_tbNotes->setFixedHeight(
         m_tbNotes->fontMetrics().lineSpacing() * 4 + 2 * m_tbNotes->frameWidth() + 8);
     m_cbInterface = new QComboBox(this);
-    m_cbPort = new QComboBox(this);
+    m_cbPort = new PortComboBox(this);
     m_cbBaudrate = new QComboBox(this);
     m_cbChannels = new QComboBox(this);
     m_tbLogInterval = new NumericLineEdit(m_commaDecimal, {}, this);
@@ -298,14 +282,7 @@ void WorkSpaceFrm::fillLists()
 {
     m_cbInterface->addItem(tr("USB Base Station"));
     m_cbInterface->addItem(tr("Serial Base Station"));
-    const DriverSettings driver = readDriverSettings(m_settingsFile);
-    std::vector<SerialPortEntry> ports = serialPortEntries(driver);
-    if (ports.empty()) {
-        for (int port = 1; port <= kFallbackPorts; ++port)
-            ports.push_back({ port, driver.comDevice(port), "", false });
-    }
-    for (const SerialPortEntry &entry : ports)
-        addPort(*m_cbPort, entry);
+    m_cbPort->fill(m_settingsFile);
     for (const int baud : kBaudrates)
         m_cbBaudrate->addItem(QString::number(baud), baud);
     for (int count = 1; count <= WorkspaceClass::kMaxChannels; ++count)
@@ -409,7 +386,7 @@ void WorkSpaceFrm::WorkspaceToForm()
     m_tbNotes->setPlainText(notes);
     m_cbInterface->setCurrentIndex(m_workspace.Interface != 0 ? 1 : 0);
     showInterfaceChoice(m_cbInterface->currentIndex());
-    selectPort(m_workspace.Port);
+    m_cbPort->selectPort(m_workspace.Port);
     selectValue(*m_cbBaudrate, m_workspace.Baudrate);
     const int channels = m_workspace.Channels;
     m_cbChannels->setCurrentIndex(
@@ -447,9 +424,9 @@ void WorkSpaceFrm::FormToWorkspace()
     if ((m_workspace.Interface != 0) != serial)
         m_workspace.Interface = serial ? 1 : 0;
     if (m_cbPort->currentIndex() >= 0) {
-        m_workspace.Port = static_cast<std::int16_t>(m_cbPort->currentData().toInt());
+        m_workspace.Port = static_cast<std::int16_t>(m_cbPort->port());
         if (serial)
-            mapChosenPort();
+            m_cbPort->mapChosenPort(m_prompts);
     }
     if (m_cbBaudrate->currentIndex() >= 0)
         m_workspace.Baudrate = m_cbBaudrate->currentData().toInt();
@@ -461,33 +438,6 @@ void WorkSpaceFrm::FormToWorkspace()
         m_workspace.BSAddress = static_cast<std::int16_t>(m_cbAddress->currentData().toInt());
     if ((m_workspace.KeepAwake != 0) != m_cbKeepAwake->isChecked())
         m_workspace.KeepAwake = m_cbKeepAwake->isChecked() ? 1 : 0;
-}
-
-void WorkSpaceFrm::selectPort(int port)
-{
-    int index = m_cbPort->findData(port);
-    if (index < 0) {
-        const std::string device = readDriverSettings(m_settingsFile).comDevice(port);
-        index = addPort(*m_cbPort, { port, device, "", false });
-    }
-    m_cbPort->setCurrentIndex(index);
-}
-
-void WorkSpaceFrm::mapChosenPort()
-{
-    // A device present but not mapped is listed under a free number; the number opens it only
-    // once the settings say so. Read now: the settings may have changed while the dialog was
-    // open.
-    const int port = m_cbPort->currentData().toInt();
-    const std::string device = m_cbPort->currentData(kDeviceRole).toString().toStdString();
-    if (m_settingsFile.empty() || device.empty()
-        || device == readDriverSettings(m_settingsFile).comDevice(port))
-        return;
-    if (!writeComDevice(m_settingsFile, port, device))
-        m_prompts.message("Warning",
-            "COM port " + std::to_string(port) + " could not be set to open " + device + " in "
-                + m_settingsFile + ".",
-            PromptIcon::Exclamation, PromptButtons::Ok);
 }
 
 void WorkSpaceFrm::insertHeardModule()

@@ -16,6 +16,7 @@ namespace corvalog {
 struct ItemClass;
 struct WorkspaceClass;
 class ExpressionBox;
+class PortComboBox;
 class ScriptEngine;
 class UserPrompts;
 
@@ -55,10 +56,6 @@ private:
     void FormToWorkspace();
     void buildControls();
     void fillLists();
-    // Chooses the workspace's port, adding it to the list when no device stands for it.
-    void selectPort(int port);
-    // Maps the chosen port to its device in the settings, where they map it to another.
-    void mapChosenPort();
     // Lets the user pick a module heard since start-up and inserts it at the cursor.
     void insertHeardModule();
     void connectControls();
@@ -86,7 +83,7 @@ private:
     QLineEdit *m_tbTitle = nullptr;
     QPlainTextEdit *m_tbNotes = nullptr;
     QComboBox *m_cbInterface = nullptr;
-    QComboBox *m_cbPort = nullptr;
+    PortComboBox *m_cbPort = nullptr;
     QComboBox *m_cbBaudrate = nullptr;
     QComboBox *m_cbChannels = nullptr;
     QLineEdit *m_tbLogInterval = nullptr;
