@@ -68,19 +68,6 @@ TEST(DriverDialog, KindAndTextFollowEachOther)
     EXPECT_EQ(dialog.source(), QStringLiteral("udp:9"));
 }
 
-TEST(DriverDialog, TheEnvironmentsSourceIsNotedOnlyWhileSet)
-{
-    for (const QString &set : { QString(), QStringLiteral("udp:7000") }) {
-        DriverDialog dialog(QStringLiteral("sim"), set);
-        QLabel *note = child<QLabel>(dialog, "lblOverride");
-        EXPECT_EQ(note->isHidden(), set.isEmpty());
-        if (!set.isEmpty()) {
-            EXPECT_EQ(note->text(),
-                QStringLiteral("CORVALOG_SOURCE=udp:7000 overrides this setting while it is set."));
-        }
-    }
-}
-
 using DriverMenu = AppFixture;
 
 // OK writes the source and makes the driver again; Cancel leaves both alone. The entry waits,
@@ -90,11 +77,6 @@ TEST_F(DriverMenu, OkWritesTheSourceAndMakesTheDriverAgain)
     ASSERT_TRUE(start());
     QAction *entry = window->action("mnuDriver");
     ASSERT_NE(entry, nullptr);
-    const QList<QAction *> file = qobject_cast<QMenu *>(entry->parent())->actions();
-    const auto at = std::find(file.begin(), file.end(), entry);
-    ASSERT_LT(at + 2, file.end());
-    EXPECT_TRUE(at[1]->isSeparator());
-    EXPECT_EQ(at[2], window->action("mnuExit"));
 
     // Whether OK is clicked, the source the dialog opens with, and the source afterwards.
     const std::tuple<bool, const char *, const char *> cases[] = {
