@@ -143,7 +143,7 @@ std::string commandText(
     std::uint16_t seq, std::string_view operation, const std::vector<std::string> &arguments)
 {
     std::string out = "C," + std::to_string(seq) + ",";
-    out += operation;
+    appendField(out, operation);
     appendFields(out, arguments);
     out += '\n';
     return out;

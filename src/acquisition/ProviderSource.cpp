@@ -24,6 +24,7 @@ template <typename T> bool wholeNumber(std::string_view text, T &out)
 std::optional<ProviderSource> ProviderSource::parse(std::string_view text, std::string *error)
 {
     ProviderSource s;
+    s.text = std::string(text);
     const auto colon = text.find(':');
     const std::string_view kind = text.substr(0, colon);
     const std::string_view rest

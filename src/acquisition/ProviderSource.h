@@ -21,6 +21,7 @@ struct ProviderSource {
     std::uint16_t port = 0;
     std::string device; // serial: "" for the workspace's line
     std::int32_t baudrate = 0; // serial: 0 for the workspace's (or USB's)
+    std::string text; // as it was named
 
     // The source a text names; nothing (and `error` set) for a text that names none.
     static std::optional<ProviderSource> parse(std::string_view text, std::string *error = nullptr);

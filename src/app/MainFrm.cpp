@@ -8,6 +8,7 @@
 #include "PanelGrid.h"
 #include "StatusStrip.h"
 #include "WorkSpaceFrm.h"
+#include "acquisition/DriverSettings.h"
 #include "acquisition/ModuleCommands.h"
 #include "acquisition/SourceLosses.h"
 #include "displays/LCDModule.h"
@@ -89,6 +90,13 @@ MainFrm::MainFrm(MainFrmOptions options)
     // A base station lost or back is told in the status window, without stopping anything.
     m_session.driverHost().setNoticeHandler(
         [this](const std::string &text, bool) { m_status.ShowMessage(text, "Base Station"); });
+    m_session.logger().setMetadata([this] {
+        const DataProvider *driver = m_session.driver();
+        return LogMetadata { m_options.sourceOverride.empty()
+                ? readDriverSettings(m_paths.settingsFile).source
+                : m_options.sourceOverride,
+            driver ? driver->name() : std::string() };
+    });
 }
 
 MainFrm::~MainFrm()

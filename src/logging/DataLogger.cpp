@@ -104,6 +104,9 @@ bool DataLogger::start(const std::string &path)
 
     m_fileName = path;
     m_truncationTold = false;
+    m_watch.reset();
+    if (m_file.isRegularFile())
+        openCompanions(path, captions);
     const std::string label = loggingLabel(ws.LogInterval, path);
     m_ctx.view.setLogLabel(label);
     m_ctx.view.setLogLabelToolTip(label);
@@ -134,6 +137,7 @@ void DataLogger::stop()
     m_ctx.view.enableMenu(LogMenu::ViewLog, true);
     m_ctx.view.setLogLabel("");
     m_file.close();
+    m_companions.close();
     m_ctx.view.enableMenu(LogMenu::EditWorkspace, true);
     m_ctx.view.enableMenu(LogMenu::Open, true);
 }
@@ -149,13 +153,18 @@ void DataLogger::LogTimer_Timer(std::int32_t milliseconds)
     m_elapsed += m_tickAccumulator;
     m_lastInterval = m_tickAccumulator;
 
-    const std::string row
-        = logRow(m_ctx.clock.now(), m_elapsed, m_ctx.workspace, m_ctx.values, m_semicolons);
+    const double now = m_ctx.clock.now();
+    const std::string row = logRow(now, m_elapsed, m_ctx.workspace, m_ctx.values, m_semicolons);
     if (const std::optional<LogFile::Failure> failure = m_file.write(row, m_rescueFolder)) {
         stopAndTell(*failure);
         return;
     }
     ++m_rows;
+    // The events of the row just written, beside it.
+    const std::vector<LimitEvent> events = m_watch.update(m_ctx.workspace, m_ctx.values);
+    if (const std::optional<std::string> why
+        = m_companions.write(events, now, m_elapsed, m_ctx.workspace))
+        companionsFailed(why.value());
     m_ctx.host.processEvents();
     m_tickAccumulator = 0;
     m_firstRowPending = false;
@@ -176,6 +185,23 @@ void DataLogger::checkOutput()
         return;
     if (const std::optional<LogFile::Failure> failure = m_file.checkReader())
         stopAndTell(*failure);
+}
+
+void DataLogger::openCompanions(const std::string &path, const std::vector<std::string> &captions)
+{
+    const LogMetadata metadata = m_metadata ? m_metadata() : LogMetadata {};
+    if (const std::optional<std::string> why = m_companions.open(
+            path, m_ctx.workspace, captions, metadata, m_ctx.clock.now(), m_semicolons))
+        companionsFailed(why.value());
+}
+
+void DataLogger::companionsFailed(const std::string &why)
+{
+    // The log itself is what must not stop: it goes on without the files beside it.
+    m_ctx.prompts.message(kTitle,
+        "The events and metadata beside the log could not be written: " + why
+            + ". The log goes on without them.",
+        PromptIcon::Information);
 }
 
 void DataLogger::stopAndTell(const LogFile::Failure &failure)

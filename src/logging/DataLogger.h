@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LogCompanions.h"
 #include "LogFile.h"
 #include "LoggingView.h"
 #include "runtime/Clock.h"
@@ -59,6 +60,9 @@ public:
         m_file.setInterruption(std::move(interrupted));
     }
 
+    // What the metadata beside each log says of the source, asked when a log starts.
+    void setMetadata(std::function<LogMetadata()> metadata) { m_metadata = std::move(metadata); }
+
     bool isLogging() const { return !m_fileName.empty(); }
     const std::string &logFileName() const { return m_fileName; }
     double elapsedMs() const { return m_elapsed; }
@@ -70,6 +74,8 @@ public:
 
 private:
     void stopAndTell(const LogFile::Failure &failure);
+    void openCompanions(const std::string &path, const std::vector<std::string> &captions);
+    void companionsFailed(const std::string &why);
 
     Context m_ctx;
     bool m_semicolons;
@@ -83,6 +89,9 @@ private:
     bool m_firstRowPending = false;
     std::uint64_t m_rows = 0;
     bool m_truncationTold = false;
+    LogCompanions m_companions;
+    LimitWatch m_watch;
+    std::function<LogMetadata()> m_metadata;
 };
 
 // Why the workspace's log interval allows no logging ("" when it does): a timer needs at

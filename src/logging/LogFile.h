@@ -42,6 +42,8 @@ public:
     // Opens the path as described above; the reason when it cannot.
     std::optional<FileError> open(const std::string &path);
     bool isOpen() const { return m_fd >= 0; }
+    // True for a regular file (not a pipe, FIFO or terminal): it can have files beside it.
+    bool isRegularFile() const { return isOpen() && !m_stream; }
     const std::string &path() const { return m_path; }
 
     // What went wrong with a row; the file is closed by then.

@@ -18,8 +18,8 @@ void appendTwoDigits(std::string &out, int n)
     out += static_cast<char>('0' + n % 10);
 }
 
-// "DD/MM/YYYY" and "HH:MM:SS" with the separator after each: what Format writes for those
-// patterns, without reading them for every row.
+} // namespace
+
 void appendDateAndTime(std::string &row, double date, char separator)
 {
     const NumberLocale &locale = numberLocale();
@@ -46,8 +46,6 @@ void appendDateAndTime(std::string &row, double date, char separator)
     appendTwoDigits(row, dt.second);
     row += separator;
 }
-
-} // namespace
 
 std::string logHeader(const std::vector<std::string> &captions, bool semicolons)
 {

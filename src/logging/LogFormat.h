@@ -19,6 +19,10 @@ std::string logHeader(const std::vector<std::string> &captions, bool semicolons)
 // its own format, separated by "," (";" with semicolons, when numbers carry decimal commas).
 // The separator after the elapsed time is always written, also with no channels. A field
 // holding the separator, a quote or a line break is quoted. Ends with CR LF.
+// "DD/MM/YYYY" and "HH:MM:SS" with the separator after each, as a row starts: what Format
+// writes for those patterns, without reading them for every row.
+void appendDateAndTime(std::string &row, double date, char separator);
+
 std::string logRow(double date, double elapsedMs, const WorkspaceClass &workspace,
     const ChannelValues &values, bool semicolons);
 

@@ -41,6 +41,10 @@ HeadlessLogger::HeadlessLogger(
 {
     m_session.workspace() = std::move(workspace);
     m_session.driverHost().setNoticeHandler(m_options.notices);
+    m_session.logger().setMetadata([this] {
+        const DataProvider *driver = m_session.driver();
+        return LogMetadata { m_options.source.text, driver ? driver->name() : std::string() };
+    });
 }
 
 std::unique_ptr<TickTimer> HeadlessLogger::makeLogTimer()

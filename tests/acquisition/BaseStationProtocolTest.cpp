@@ -101,6 +101,7 @@ TEST(BaseStationProtocol, CommandsAndAnswersAreWrittenAsTheOtherSideReadsThem)
     EXPECT_EQ(bsp::commandText(3, bsp::kSend, { "1", "FF12", "57", "a,\"b\"\nc" }),
         "C,3,SEND,1,FF12,57,\"a,\"\"b\"\" c\"\n");
     EXPECT_EQ(bsp::failureText(4, -5, "two\r\nlines"), "E,4,-5,two  lines\n");
+    EXPECT_EQ(bsp::commandText(5, "no, sir"), "C,5,\"no, sir\"\n");
     EXPECT_EQ(bsp::nextSequence(1), 2);
     EXPECT_EQ(bsp::nextSequence(65535), 1);
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-namespace corvalog::cli {
+namespace corvalog {
 
 JsonWriter::JsonWriter(std::ostream &out)
     : m_out(out)
@@ -128,4 +128,4 @@ void JsonWriter::number(std::string_view key, std::string_view jsonNumber)
     m_out << jsonNumber;
 }
 
-} // namespace corvalog::cli
+} // namespace corvalog

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace corvalog::cli {
+namespace corvalog {
 
 // Writes JSON with the keys in the order given (scripts and people read the output), two-space
 // indented. Text that is not valid UTF-8 is written with U+FFFD for each bad byte.
@@ -33,4 +33,4 @@ private:
     bool m_first = true;
 };
 
-} // namespace corvalog::cli
+} // namespace corvalog
