@@ -62,7 +62,8 @@ MainFrm::MainFrm(MainFrmOptions options)
     : m_options(std::move(options))
     , m_prompts(*m_options.prompts)
     , m_logTimer([this](std::int32_t ms) { m_session.logTick(ms); })
-    , m_session(SessionOptions { m_options.factory, m_options.clock, m_options.locale, false, {} },
+    , m_session(SessionOptions { m_options.factory, m_options.clock, m_options.locale, false, {},
+                    true },
           SessionHost { *this, *this, m_logTimer, m_prompts })
     , m_workspace(m_session.workspace())
     , m_status(this)

@@ -37,12 +37,26 @@ void Session::activate(const InterfaceInitHooks &hooks)
     InterfaceInit(m_driverHost, m_workspace, m_host.prompts, hooks);
     m_unstoredAtActivation = m_handler.droppedCount();
     prepareChannels(m_workspace, m_values);
+    if (m_options.keepHistory)
+        m_history.reset(m_workspace.Channels, m_clock.now());
 }
 
 void Session::screenTick()
 {
-    if (screenTickReadsValues(m_logger.isLogging(), m_workspace.LogInterval))
-        ReadValues(m_workspace, m_values, m_engine, m_host.readValues);
+    if (!screenTickReadsValues(m_logger.isLogging(), m_workspace.LogInterval))
+        return;
+    ReadValues(m_workspace, m_values, m_engine, m_host.readValues);
+    if (m_options.keepHistory)
+        m_history.record(m_clock.now(), m_values);
+}
+
+void Session::logTick(std::int32_t milliseconds)
+{
+    const std::uint64_t rows = m_logger.rowsWritten();
+    m_logger.LogTimer_Timer(milliseconds);
+    // Each row's evaluation belongs to the trends as well.
+    if (m_options.keepHistory && m_logger.rowsWritten() != rows)
+        m_history.record(m_clock.now(), m_values);
 }
 
 SourceLosses Session::lossesSinceActivation() const

@@ -11,6 +11,7 @@
 #include "values/ChannelValues.h"
 #include "values/ScriptClass.h"
 #include "values/ScriptEngine.h"
+#include "values/TrendHistory.h"
 #include "workspace/WorkspaceClass.h"
 
 #include <memory>
@@ -25,6 +26,7 @@ struct SessionOptions {
     NumberLocale locale; // of the packets' value texts
     bool semicolons = false; // the log separates its fields with ";" (decimal commas)
     std::string rescueFolder; // where the rows of a log file deleted while logging go
+    bool keepHistory = false; // every evaluation is kept for the trends
 };
 
 // What the owner of a session provides: the window (or its stand-in) the evaluation cycle and
@@ -75,7 +77,10 @@ public:
     // faster already evaluates them for each row.
     void screenTick();
     // The log timer's tick: a fresh evaluation and one row.
-    void logTick(std::int32_t milliseconds) { m_logger.LogTimer_Timer(milliseconds); }
+    void logTick(std::int32_t milliseconds);
+    // What the refresh and log ticks evaluated since the workspace was activated (empty unless
+    // the options keep it).
+    const TrendHistory &history() const { return m_history; }
 
     // What the source lost since the workspace was last activated.
     SourceLosses lossesSinceActivation() const;
@@ -93,6 +98,7 @@ private:
     WorkspaceClass m_workspace;
     ChannelValues m_values;
     DataLogger m_logger;
+    TrendHistory m_history;
     std::uint64_t m_unstoredAtActivation = 0;
     std::uint64_t m_droppedHeldAtActivation = 0;
 };
