@@ -118,9 +118,7 @@ TrendHistory::TrendHistory(std::size_t capacity)
 
 void TrendHistory::reset(int channels, double date)
 {
-    m_channels.assign(
-        static_cast<std::size_t>(std::clamp(channels, 0, ChannelValues::kEntries - 1)),
-        ChannelHistory(m_capacity));
+    m_channels.assign(static_cast<std::size_t>(std::max(channels, 0)), ChannelHistory(m_capacity));
     m_began = date;
     ++m_generation;
 }
@@ -128,7 +126,7 @@ void TrendHistory::reset(int channels, double date)
 void TrendHistory::record(double date, const ChannelValues &values)
 {
     const double t = msSinceBegan(date);
-    for (int n = 1; n <= channels(); ++n)
+    for (int n = 1; n <= std::min(channels(), ChannelValues::kEntries - 1); ++n)
         m_channels[static_cast<std::size_t>(n - 1)].add(t, values.output(n), values.error(n) != 0);
 }
 

@@ -83,6 +83,11 @@ public:
     void reset(int channels, double date);
     // The values just evaluated, at `date`.
     void record(double date, const ChannelValues &values);
+    // One value of channel n (1-based) at a time since the history began (a log read back).
+    void add(int n, double timeMs, float value, bool error)
+    {
+        m_channels.at(static_cast<std::size_t>(n - 1)).add(timeMs, value, error);
+    }
 
     int channels() const { return static_cast<int>(m_channels.size()); }
     // Channel n, 1-based.
