@@ -17,6 +17,7 @@
 #include "runtime/Format.h"
 #include "runtime/TimerPeriods.h"
 #include "runtime/VbError.h"
+#include "trends/TrendsWindow.h"
 #include "values/StatusReport.h"
 #include "values/ZeroChannel.h"
 #include "workspace/FileDialog.h"
@@ -62,8 +63,8 @@ MainFrm::MainFrm(MainFrmOptions options)
     : m_options(std::move(options))
     , m_prompts(*m_options.prompts)
     , m_logTimer([this](std::int32_t ms) { m_session.logTick(ms); })
-    , m_session(SessionOptions { m_options.factory, m_options.clock, m_options.locale, false, {},
-                    true },
+    , m_session(
+          SessionOptions { m_options.factory, m_options.clock, m_options.locale, false, {}, true },
           SessionHost { *this, *this, m_logTimer, m_prompts })
     , m_workspace(m_session.workspace())
     , m_status(this)
@@ -470,6 +471,16 @@ void MainFrm::mnuIntervalConfig_Click()
 void MainFrm::mnuViewLog_Click()
 {
     mnuViewLog(m_paths.settingsFile, m_prompts);
+}
+
+void MainFrm::mnuTrends_Click()
+{
+    if (!m_trends)
+        m_trends
+            = std::make_unique<TrendsWindow>(m_session.history(), m_workspace, m_session.clock());
+    m_trends->show();
+    m_trends->raise();
+    m_trends->activateWindow();
 }
 
 void MainFrm::mnuWake_Click()

@@ -28,6 +28,7 @@ namespace corvalog {
 
 class LCDModule;
 class TableContainer;
+class TrendsWindow;
 
 // What the main window is given by the program (and by tests).
 struct MainFrmOptions {
@@ -90,6 +91,7 @@ public:
     void startLoggingTo(const std::string &path);
     void mnuIntervalConfig_Click();
     void mnuViewLog_Click();
+    void mnuTrends_Click();
     void mnuWake_Click();
     void mnuSleep_Click();
     void mnuPauseResume_Click(bool pause);
@@ -181,6 +183,7 @@ private:
     bool m_lossTold = false;
     bool m_closing = false;
     bool m_unloaded = false;
+    std::unique_ptr<TrendsWindow> m_trends; // made when first asked for
 };
 
 } // namespace corvalog

@@ -64,6 +64,10 @@ QMenu *buildMainMenus(MainFrm &window)
             { "mnuViewLog", "&View Last Log", &MainFrm::mnuViewLog_Click, {} } });
     window.action("mnuStopLog")->setEnabled(false);
 
+    menuOf(window, "&View", nullptr,
+        { { "mnuTrends", "&Trends", &MainFrm::mnuTrends_Click,
+            QKeySequence(Qt::CTRL | Qt::Key_T) } });
+
     menuOf(window, "&Sleep && Wake", "mnusleepwake",
         { { "mnuWake", "&Wake", &MainFrm::mnuWake_Click, {} },
             { "mnuSleep", "S&leep", &MainFrm::mnuSleep_Click, {} } });

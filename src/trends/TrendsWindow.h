@@ -1,0 +1,114 @@
+#pragma once
+
+#include "runtime/Clock.h"
+#include "values/TrendHistory.h"
+#include "workspace/WorkspaceClass.h"
+
+#include <QTimer>
+#include <QWidget>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+class QComboBox;
+class QLabel;
+class QPushButton;
+QT_BEGIN_NAMESPACE
+class QLineSeries;
+QT_END_NAMESPACE
+
+namespace corvalog {
+
+class TrendChart;
+class TrendChartView;
+
+// "Corvalog Trends": every channel of the workspace over time, from the history the session
+// keeps. While shown it redraws at the display refresh rate, following the present over the
+// chosen span, unless paused or zoomed; a new activation brings the new workspace's channels.
+// A click on a channel's legend entry hides or shows it; the pointer over the plot reads every
+// shown channel at that time; the shown span exports as a picture or as CSV.
+class TrendsWindow final : public QWidget
+{
+public:
+    // The spans cbSpan offers, in its order.
+    enum class Span { OneMinute, TenMinutes, OneHour, All };
+
+    TrendsWindow(const TrendHistory &history, const WorkspaceClass &workspace, const Clock &clock,
+        QWidget *parent = nullptr);
+    ~TrendsWindow() override;
+
+    // As the span box does: also ends a zoom.
+    void setSpan(Span span);
+    Span span() const { return m_span; }
+    // Paused, the view holds still (the history still grows); resuming follows the present
+    // again, ending a zoom too.
+    void setPaused(bool paused);
+    bool paused() const { return m_paused; }
+    // Shows [fromMs, toMs) as a zoom or a pan does; the view stops following until the zoom is
+    // reset, a span is chosen or a pause is resumed.
+    void zoomTo(double fromMs, double toMs);
+    void resetZoom();
+    bool zoomed() const { return m_zoomed; }
+
+    // Draws the shown span now (the timer does this while the window is shown).
+    void redraw();
+    double shownFromMs() const { return m_fromMs; }
+    double shownToMs() const { return m_toMs; }
+    double shownSpanMs() const { return m_toMs - m_fromMs; }
+    // The width of the plot in pixels: the columns a redraw folds each channel into.
+    int plotPixels() const;
+
+    int channels() const;
+    // The series named by channel n's caption (1-based).
+    QLineSeries *seriesFor(int channel) const;
+    TrendChart &chart() const { return *m_chart; }
+    bool channelVisible(int channel) const;
+    // As a click on the channel's legend entry does.
+    void setChannelVisible(int channel, bool visible);
+
+    // What the cursor label says with the pointer at a time: the time since activation and of
+    // day, then each shown channel's value in its format (its nearest sample).
+    QString cursorTextAt(double timeMs) const;
+
+    bool exportPng(const QString &path);
+    bool exportCsv(const QString &path) const;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    void rebuild();
+    void followPresent();
+    void updateTimer();
+    void setPauseText();
+    void exportTo(const QString &title, const QString &name, const QString &filter, bool png);
+    double nowMs() const;
+    const ItemClass *item(int n) const;
+    QString caption(int n) const;
+    std::vector<std::string> captions() const;
+
+    const TrendHistory &m_history;
+    const WorkspaceClass &m_workspace;
+    const Clock &m_clock;
+
+    TrendChart *m_chart = nullptr;
+    TrendChartView *m_view = nullptr;
+    QComboBox *m_spanBox = nullptr;
+    QPushButton *m_pause = nullptr;
+    QPushButton *m_resetZoom = nullptr;
+    QLabel *m_cursor = nullptr;
+    QTimer m_tick; // the redraw while following
+    QTimer m_soon; // one redraw once the chart has settled (resizes, zooms)
+
+    std::optional<std::uint64_t> m_generation; // of the history the series were built for
+    Span m_span = Span::TenMinutes;
+    bool m_paused = false;
+    double m_heldAtMs = 0; // the present when paused
+    bool m_zoomed = false;
+    double m_fromMs = 0;
+    double m_toMs = 600000;
+};
+
+} // namespace corvalog
