@@ -1,6 +1,5 @@
 #include "acquisition/SerialProvider.h"
 
-#include "ChildProcess.h"
 #include "GuiThread.h"
 #include "RecordingPrompts.h"
 #include "ScriptedBaseStation.h"
@@ -12,10 +11,8 @@
 #include "runtime/VbError.h"
 #include "values/ScriptClass.h"
 
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <chrono>
-#include <csignal>
 #include <deque>
 #include <gtest/gtest.h>
 
@@ -340,32 +337,6 @@ TEST_F(SerialLine, ABaseStationThatHangsUpIsReopenedAndRetuned)
     second->send("P,1,FF12,2,0,-60,90,0,0\n");
     ASSERT_TRUE(waitFor([&] { return tables.T(0xFF12) == 2.0f; }));
     EXPECT_EQ(driver().SendCommand(address, 0xFF12, code, data), 0);
-}
-
-// The built-in base station behind its pseudo-terminal answers as the simulator does.
-TEST_F(SerialLine, TheEmulatedBaseStationSpeaksTheProtocol)
-{
-    QTemporaryDir dir;
-    const std::string link = dir.filePath("emulated").toStdString();
-    ChildProcess emulator({ CORVALOG_CLI_PATH, "basestation", "--link", link });
-    ASSERT_TRUE(gui.runUntil([&] { return QFileInfo::exists(QString::fromStdString(link)); }, 5s));
-    SerialOptions o;
-    o.device = link;
-    start({}, o);
-    activate(1, 1);
-    EXPECT_TRUE(messages().empty());
-    ASSERT_TRUE(waitFor([&] { return tables.T(0xFF12) != 0.0f; }));
-    std::uint8_t address = 1, code = 57;
-    std::string data = "0";
-    EXPECT_EQ(driver().SendCommand(address, 0xFF12, code, data), 0);
-    EXPECT_EQ(driver().DetectBaseStation(2), 0);
-    EXPECT_FLOAT_EQ(driver().ComVersion(), 2.1f);
-    EXPECT_THROW(driver().SetRadioChannel(5, 1), VbError);
-    emulator.signal(SIGINT);
-    ASSERT_TRUE(emulator.wait(5000));
-    EXPECT_EQ(emulator.exitCode(), 0);
-    EXPECT_NE(emulator.err().find("refused 0 lines"), std::string::npos) << emulator.err();
-    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(link))) << "the link is removed";
 }
 
 } // namespace

@@ -85,14 +85,6 @@ TEST(TrendTrace, ErrorColumnsMergeIntoSpans)
     EXPECT_EQ(errorSpans(partly, 0, 200), (Spans { { 0.1, 0.2 } }));
 }
 
-TEST(TrendTrace, TheWidestLimitsMeanNone)
-{
-    const std::pair<float, std::optional<double>> cases[] = { { 9999999.0f, std::nullopt },
-        { -9999999.0f, std::nullopt }, { 1e8f, std::nullopt }, { 0.0f, 0.0 }, { -5.5f, -5.5 } };
-    for (const auto &[stored, limit] : cases)
-        EXPECT_EQ(limitOf(stored), limit) << stored;
-}
-
 // One number a channel and column: the samples' mean, "error" for errors alone, empty for none.
 TEST(TrendCsv, OneRowPerColumnWithEachChannelsMean)
 {
