@@ -21,7 +21,7 @@ TrendChartView::TrendChartView(QChart *chart, QWidget *parent)
     , m_cursor(new QGraphicsLineItem(chart))
 {
     setRubberBand(QChartView::HorizontalRubberBand);
-    setRenderHint(QPainter::Antialiasing);
+    setRenderHint(QPainter::Antialiasing, false);
     setMouseTracking(true);
     viewport()->setMouseTracking(true);
     QPen pen(QColor(0, 0, 0, 110));
