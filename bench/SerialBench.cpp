@@ -1,4 +1,5 @@
 #include "GuiThread.h"
+#include "NullWindow.h"
 #include "PacketSequence.h"
 #include "ScriptedBaseStation.h"
 #include "acquisition/PacketPump.h"
@@ -19,15 +20,6 @@ using namespace corvalog;
 using namespace std::chrono_literals;
 
 constexpr std::int32_t kBaudrate = 921600;
-
-class QuietHost final : public ReadValuesHost
-{
-public:
-    bool suppressReadingLabel() const override { return true; }
-    void setReadingLabel(const std::string &) override { }
-    void processEvents() override { }
-    std::string panelTitle(int) const override { return {}; }
-};
 
 // Answers every command at once with 0, as a quick base station does.
 std::vector<std::string> answerAtOnce(const std::string &line)
@@ -66,7 +58,7 @@ void BM_SerialReceive(benchmark::State &state)
 
     WorkspaceClass workspace;
     ChannelValues values;
-    QuietHost host;
+    NullWindow host;
     workspace.Channels = 24;
     workspace.Items.assign(24, ItemClass {});
     for (int n = 1; n <= 24; ++n) {

@@ -1,10 +1,10 @@
 #include "BaseStationEmulator.h"
 
 #include "runtime/NumberLocale.h"
+#include "runtime/ReadNumber.h"
 #include "runtime/VbError.h"
 
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -17,16 +17,10 @@ namespace corvalog {
 
 namespace {
 
-template <typename T> bool wholeNumber(const std::string &text, T &out, int base = 10)
-{
-    const auto res = std::from_chars(text.data(), text.data() + text.size(), out, base);
-    return !text.empty() && res.ec == std::errc() && res.ptr == text.data() + text.size();
-}
-
 bool byteArgument(const std::string &text, std::uint8_t &out)
 {
     unsigned value = 0;
-    if (!wholeNumber(text, value) || value > 255)
+    if (!readNumber(text, value) || value > 255)
         return false;
     out = static_cast<std::uint8_t>(value);
     return true;
@@ -182,7 +176,7 @@ std::string BaseStationEmulator::run(const bsp::CommandLine &command)
             requireArguments(command, 4);
             std::uint8_t station = address(a[0]);
             std::int32_t tag = 0;
-            if (a[1].size() > 4 || !wholeNumber(a[1], tag, 16))
+            if (a[1].size() > 4 || !readNumber(a[1], tag, 16))
                 throw BadCommand { "a Data Tag is 1 to 4 hexadecimal digits, not '" + a[1] + "'" };
             std::uint8_t code = 0;
             if (!byteArgument(a[2], code))

@@ -2,22 +2,15 @@
 
 #include "RecordingFormat.h"
 #include "runtime/CsvField.h"
-
-#include <charconv>
+#include "runtime/ReadNumber.h"
 
 namespace corvalog::bsp {
 
 namespace {
 
-template <typename T> bool wholeNumber(std::string_view text, T &out)
-{
-    const auto res = std::from_chars(text.data(), text.data() + text.size(), out);
-    return !text.empty() && res.ec == std::errc() && res.ptr == text.data() + text.size();
-}
-
 bool sequence(std::string_view text, std::uint16_t &out)
 {
-    return wholeNumber(text, out) && out != 0;
+    return readNumber(text, out) && out != 0;
 }
 
 void malformed(StationLine &out, std::string why)
@@ -106,7 +99,7 @@ void parseStationLine(std::string_view line, const NumberLocale &locale, Station
         out.kind = StationLine::Kind::Answer;
         return;
     }
-    if (out.fields.size() < 3 || !wholeNumber(out.fields[1], out.number)) {
+    if (out.fields.size() < 3 || !readNumber(out.fields[1], out.number)) {
         malformed(out, "a failure needs a 32-bit error number and a description");
         return;
     }

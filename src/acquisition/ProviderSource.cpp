@@ -1,6 +1,6 @@
 #include "ProviderSource.h"
 
-#include <charconv>
+#include "runtime/ReadNumber.h"
 
 namespace corvalog {
 
@@ -11,12 +11,6 @@ std::optional<ProviderSource> fail(std::string *error, std::string message)
     if (error)
         *error = std::move(message);
     return std::nullopt;
-}
-
-template <typename T> bool wholeNumber(std::string_view text, T &out)
-{
-    auto res = std::from_chars(text.data(), text.data() + text.size(), out);
-    return !text.empty() && res.ec == std::errc() && res.ptr == text.data() + text.size();
 }
 
 } // namespace
@@ -31,7 +25,7 @@ std::optional<ProviderSource> ProviderSource::parse(std::string_view text, std::
         = colon == std::string_view::npos ? std::string_view() : text.substr(colon + 1);
     if (kind == "sim") {
         s.kind = Kind::Simulated;
-        if (colon != std::string_view::npos && !wholeNumber(rest, s.seed))
+        if (colon != std::string_view::npos && !readNumber(rest, s.seed))
             return fail(
                 error, "a simulator seed is a whole number, not '" + std::string(rest) + "'");
         return s;
@@ -51,7 +45,7 @@ std::optional<ProviderSource> ProviderSource::parse(std::string_view text, std::
             s.host = std::string(rest.substr(0, lastColon));
             port = rest.substr(lastColon + 1);
         }
-        if (s.host.empty() || !wholeNumber(port, s.port) || s.port == 0)
+        if (s.host.empty() || !readNumber(port, s.port) || s.port == 0)
             return fail(error, "udp needs a port from 1 to 65535: udp:[HOST:]PORT");
         return s;
     }
@@ -64,7 +58,7 @@ std::optional<ProviderSource> ProviderSource::parse(std::string_view text, std::
         const auto lastColon = rest.rfind(':');
         if (lastColon != std::string_view::npos) {
             const std::string_view baud = rest.substr(lastColon + 1);
-            if (!wholeNumber(baud, s.baudrate) || s.baudrate <= 0)
+            if (!readNumber(baud, s.baudrate) || s.baudrate <= 0)
                 return fail(error,
                     "a serial speed is a whole number of baud above 0, not '" + std::string(baud)
                         + "'");

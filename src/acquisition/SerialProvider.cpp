@@ -1,11 +1,11 @@
 #include "SerialProvider.h"
 
+#include "runtime/ReadNumber.h"
 #include "runtime/VbError.h"
 
 #include <QFileInfo>
 #include <QSerialPort>
 #include <QTimer>
-#include <charconv>
 #include <chrono>
 #include <cstdio>
 
@@ -409,8 +409,7 @@ std::int32_t SerialProvider::integerResult(
 {
     const std::string &text = answer.fields.front();
     std::int32_t value = 0;
-    const auto res = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (res.ec != std::errc() || res.ptr != text.data() + text.size())
+    if (!readNumber(text, value))
         throw VbError(kErrorBadAnswer,
             "The base station answered " + std::string(operation) + " with '" + text
                 + "', not a whole number");
@@ -434,8 +433,7 @@ void SerialProvider::readVersions()
     float versions[2] = { 0, 0 };
     for (std::size_t i = 0; i < 2; ++i) {
         const std::string text = i < answer.fields.size() ? answer.fields[i] : std::string();
-        const auto res = std::from_chars(text.data(), text.data() + text.size(), versions[i]);
-        if (text.empty() || res.ec != std::errc() || res.ptr != text.data() + text.size())
+        if (!readNumber(text, versions[i]))
             throw VbError(
                 kErrorBadAnswer, "The base station answered VERSION without two version numbers");
     }

@@ -4,6 +4,7 @@
 #include "acquisition/RecordingFormat.h"
 #include "runtime/CsvField.h"
 #include "runtime/NumberLocale.h"
+#include "runtime/ReadNumber.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -11,7 +12,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -44,21 +44,8 @@ std::vector<std::string_view> splitLines(const QByteArray &bytes)
 // Splits a line by a separator with the log's quoting.
 bool splitLine(std::string_view line, char separator, std::vector<std::string> &fields)
 {
-    if (separator == ',') {
-        std::string error;
-        return splitCsvFields(line, fields, error);
-    }
-    std::string swapped(line);
-    // The reader splits at commas: swap the two so ";" separates and "," stays in fields.
-    for (char &c : swapped)
-        c = c == ';' ? ',' : c == ',' ? ';' : c;
     std::string error;
-    if (!splitCsvFields(swapped, fields, error))
-        return false;
-    for (std::string &f : fields)
-        for (char &c : f)
-            c = c == ';' ? ',' : c == ',' ? ';' : c;
-    return true;
+    return splitCsvFields(line, fields, error, separator);
 }
 
 void warn(ReviewData &data, std::size_t lineNumber, const std::string &why, std::uint64_t &count)
@@ -116,8 +103,7 @@ void readEvents(ReviewData &data, char separator, char decimal)
             continue;
         const std::optional<float> elapsed = logNumber(f[2], decimal);
         int channel = 0;
-        std::from_chars(f[3].data(), f[3].data() + f[3].size(), channel);
-        if (!elapsed || channel < 1)
+        if (!elapsed || !readNumber(f[3], channel) || channel < 1)
             continue;
         data.events.push_back({ *elapsed, channel, f[4], f[5], f[6], f[7] });
     }
@@ -228,14 +214,11 @@ std::optional<float> logNumber(std::string_view text, char decimal)
             return std::nullopt;
         plain[n++] = c == decimal ? '.' : c;
     }
-    if (n == 0)
-        return std::nullopt;
-    const char *begin = plain;
-    if (*begin == '+')
-        ++begin;
+    std::string_view number(plain, n);
+    if (!number.empty() && number.front() == '+')
+        number.remove_prefix(1);
     double value = 0;
-    const auto res = std::from_chars(begin, plain + n, value);
-    if (res.ec != std::errc() || res.ptr != plain + n)
+    if (!readNumber(number, value))
         return std::nullopt;
     return static_cast<float>(value);
 }

@@ -26,7 +26,8 @@ void appendCsvField(std::string &out, std::string_view field, char separator)
     out += '"';
 }
 
-bool splitCsvFields(std::string_view line, std::vector<std::string> &fields, std::string &error)
+bool splitCsvFields(
+    std::string_view line, std::vector<std::string> &fields, std::string &error, char separator)
 {
     fields.clear();
     std::size_t i = 0;
@@ -50,12 +51,12 @@ bool splitCsvFields(std::string_view line, std::vector<std::string> &fields, std
                 }
                 field += line[i++];
             }
-            if (i < line.size() && line[i] != ',') {
+            if (i < line.size() && line[i] != separator) {
                 error = "text follows a closing quote";
                 return false;
             }
         } else {
-            const std::size_t comma = std::min(line.find(',', i), line.size());
+            const std::size_t comma = std::min(line.find(separator, i), line.size());
             field.assign(line.substr(i, comma - i));
             if (field.find('"') != std::string::npos) {
                 error = "a quote inside a field that does not start with one";
@@ -66,7 +67,7 @@ bool splitCsvFields(std::string_view line, std::vector<std::string> &fields, std
         fields.push_back(std::move(field));
         if (i >= line.size())
             return true;
-        ++i; // the comma
+        ++i; // the separator
     }
 }
 
