@@ -160,11 +160,13 @@ void DataLogger::LogTimer_Timer(std::int32_t milliseconds)
         return;
     }
     ++m_rows;
-    // The events of the row just written, beside it.
-    const std::vector<LimitEvent> events = m_watch.update(m_ctx.workspace, m_ctx.values);
-    if (const std::optional<std::string> why
-        = m_companions.write(events, now, m_elapsed, m_ctx.workspace))
-        companionsFailed(why.value());
+    // The events of the row just written, beside it (a pipe has no files beside it).
+    if (m_companions.isOpen()) {
+        const std::vector<LimitEvent> events = m_watch.update(m_ctx.workspace, m_ctx.values);
+        if (const std::optional<std::string> why
+            = m_companions.write(events, now, m_elapsed, m_ctx.workspace))
+            companionsFailed(why.value());
+    }
     m_ctx.host.processEvents();
     m_tickAccumulator = 0;
     m_firstRowPending = false;
