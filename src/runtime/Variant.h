@@ -28,6 +28,29 @@ class Variant
 {
 public:
     Variant() = default;
+    Variant(const Variant &other) = default;
+    Variant(Variant &&other) noexcept = default;
+    // Numbers are most of what a channel's scripts move around; they skip the string's copy.
+    Variant &operator=(const Variant &other)
+    {
+        m_type = other.m_type;
+        m_num = other.m_num;
+        if (other.isString())
+            m_str = other.m_str;
+        else
+            m_str.clear();
+        return *this;
+    }
+    Variant &operator=(Variant &&other) noexcept
+    {
+        m_type = other.m_type;
+        m_num = other.m_num;
+        if (other.isString())
+            m_str = std::move(other.m_str);
+        else
+            m_str.clear();
+        return *this;
+    }
 
     static Variant null() { return Variant(VarType::Null); }
     static Variant boolean(bool v);

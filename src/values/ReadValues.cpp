@@ -171,6 +171,23 @@ void evaluateChannel(ItemClass &item, int n, ChannelValues &values, ScriptEngine
         tables.setCB(n, *low ? -1 : 0);
 }
 
+// One clock reading for all of a channel's timeout checks, released however the channel ends.
+class OneInstant
+{
+public:
+    explicit OneInstant(ScriptClass &tables)
+        : m_tables(tables)
+    {
+        m_tables.beginCycle();
+    }
+    ~OneInstant() { m_tables.endCycle(); }
+    OneInstant(const OneInstant &) = delete;
+    OneInstant &operator=(const OneInstant &) = delete;
+
+private:
+    ScriptClass &m_tables;
+};
+
 } // namespace
 
 void prepareChannels(WorkspaceClass &workspace, ChannelValues &values)
@@ -202,6 +219,7 @@ void ReadValues(
             if (workspace.Items.size() != items)
                 return; // a workspace was opened or edited meanwhile
         }
+        const OneInstant instant(engine.sclass());
         evaluateChannel(workspace.item(n), n, values, engine);
     }
 }

@@ -65,7 +65,7 @@ std::size_t ScriptClass::channelIndex(std::int32_t channel)
 bool ScriptClass::TT(std::int32_t tag) const
 {
     const double arrival = m_tags[tagIndex(tag)].arrival;
-    return dateDiffSeconds(arrival, m_clock.now()) > m_timeout;
+    return dateDiffSeconds(arrival, m_cycleNow ? *m_cycleNow : m_clock.now()) > m_timeout;
 }
 
 float ScriptClass::T(std::int32_t tag) const

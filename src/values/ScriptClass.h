@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,6 +86,11 @@ public:
     std::int16_t timeout() const { return m_timeout; }
     const Clock &clock() const { return m_clock; }
 
+    // Judges every TT of one channel's scripts at one instant, read once, so that its timeout
+    // and its values agree on which modules are silent; ended, TT reads the clock again.
+    void beginCycle() { m_cycleNow = m_clock.now(); }
+    void endCycle() { m_cycleNow.reset(); }
+
 private:
     static std::size_t tagIndex(std::int32_t tag);
     static std::size_t channelIndex(std::int32_t channel);
@@ -108,6 +114,7 @@ private:
     std::unique_ptr<TagEntry[]> m_tags;
     std::array<ChannelEntry, kChannelCount> m_channels {};
     std::int16_t m_timeout = 0;
+    std::optional<double> m_cycleNow;
 };
 
 } // namespace corvalog
