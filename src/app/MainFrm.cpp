@@ -17,7 +17,6 @@
 #include "runtime/Format.h"
 #include "runtime/TimerPeriods.h"
 #include "runtime/VbError.h"
-#include "trends/TrendsWindow.h"
 #include "values/StatusReport.h"
 #include "values/ZeroChannel.h"
 #include "workspace/FileDialog.h"
@@ -69,6 +68,8 @@ MainFrm::MainFrm(MainFrmOptions options)
     , m_workspace(m_session.workspace())
     , m_status(this)
     , m_help(QString(), this)
+    , m_charts(*this, m_session.history(), m_workspace, m_session.clock(),
+          [this] { return readRecentFile(m_paths.settingsFile, "LogFiles", "", "").folder; })
 {
     if (!m_options.eventWait) {
         // Events run as they come, without spinning the processor meanwhile.
@@ -471,16 +472,6 @@ void MainFrm::mnuIntervalConfig_Click()
 void MainFrm::mnuViewLog_Click()
 {
     mnuViewLog(m_paths.settingsFile, m_prompts);
-}
-
-void MainFrm::mnuTrends_Click()
-{
-    if (!m_trends)
-        m_trends
-            = std::make_unique<TrendsWindow>(m_session.history(), m_workspace, m_session.clock());
-    m_trends->show();
-    m_trends->raise();
-    m_trends->activateWindow();
 }
 
 void MainFrm::mnuWake_Click()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ChartWindows.h"
 #include "HelpWindow.h"
 #include "PanelGrid.h"
 #include "StatusFrm.h"
@@ -28,7 +29,6 @@ namespace corvalog {
 
 class LCDModule;
 class TableContainer;
-class TrendsWindow;
 
 // What the main window is given by the program (and by tests).
 struct MainFrmOptions {
@@ -91,7 +91,8 @@ public:
     void startLoggingTo(const std::string &path);
     void mnuIntervalConfig_Click();
     void mnuViewLog_Click();
-    void mnuTrends_Click();
+    void mnuTrends_Click() { m_charts.showTrends(); }
+    void mnuReviewLog_Click() { m_charts.askAndReview(); }
     void mnuWake_Click();
     void mnuSleep_Click();
     void mnuPauseResume_Click(bool pause);
@@ -108,6 +109,7 @@ public:
     DataLogger &logger() { return m_session.logger(); }
     StatusWindow &status() { return m_status; }
     HelpWindow &help() { return m_help; }
+    ChartWindows &charts() { return m_charts; }
     DriverHost &driverHost() { return m_session.driverHost(); }
     const SettingsPaths &paths() const { return m_paths; }
     const std::vector<LCDModule *> &Disp() const { return m_panels->panels(); }
@@ -183,7 +185,7 @@ private:
     bool m_lossTold = false;
     bool m_closing = false;
     bool m_unloaded = false;
-    std::unique_ptr<TrendsWindow> m_trends; // made when first asked for
+    ChartWindows m_charts;
 };
 
 } // namespace corvalog

@@ -29,7 +29,7 @@ QMenu *menuOf(
                 separator->setObjectName(QString::fromLatin1(c.name));
             continue;
         }
-        QAction *a = menu->addAction(QString::fromLatin1(c.caption));
+        QAction *a = menu->addAction(QString::fromUtf8(c.caption));
         a->setObjectName(QString::fromLatin1(c.name));
         a->setShortcut(c.keys);
         QObject::connect(a, &QAction::triggered, &window, c.handler);
@@ -48,6 +48,7 @@ QMenu *buildMainMenus(MainFrm &window)
             { "mnublank", nullptr, nullptr, {} },
             { "mnuEditWorkspace", "Configure &Workspace", &MainFrm::mnuEditWorkspace_Click, {} },
             { "mnuDriver", "Base Station &Driver...", &MainFrm::mnuDriver_Click, {} }, separator,
+            { "mnuReviewLog", "&Review Log…", &MainFrm::mnuReviewLog_Click, {} }, separator,
             { "mnuExit", "E&xit", &MainFrm::mnuExit_Click, {} } });
     // A new driver re-activates the workspace, as the editor's changes do: while logging keeps
     // the editor away, it keeps the driver away too.

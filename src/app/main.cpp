@@ -1,18 +1,22 @@
 // Corvalog, the desktop program. The packets come from the source CORVALOG_SOURCE names, else
 // the driver setting of the settings file (the built-in simulated base station by default); the
-// command line is the program's own
-// ("workbay" shows the calibration commands). CORVALOG_QUIT_AFTER_FIRST_FRAME=1 ends the
-// program once its window has been painted, for measuring start-up. CORVALOG_LOG_TO=FILE starts
-// logging to FILE as soon as the window is up, for unattended runs.
+// command line is the program's own ("workbay" shows the calibration commands), except
+// "--review FILE", which opens a log for review alone. CORVALOG_QUIT_AFTER_FIRST_FRAME=1 ends
+// the program once its window has been painted, for measuring start-up. CORVALOG_LOG_TO=FILE
+// starts logging to FILE as soon as the window is up, for unattended runs.
 #include "AppStyle.h"
+#include "ChartWindows.h"
+#include "HelpWindow.h"
 #include "MainFrm.h"
 #include "ProviderChoice.h"
 #include "QtPrompts.h"
 #include "runtime/SystemLocale.h"
+#include "trends/ReviewWindow.h"
 
 #include <QApplication>
 #include <QTimer>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 
 using namespace corvalog;
@@ -32,6 +36,32 @@ protected:
     }
 };
 
+// "--review FILE...": review windows on logs, without a base station or a workspace. The
+// program ends when the last is closed; a file that does not read is told on stderr.
+int reviewOnly(const QStringList &files)
+{
+    if (files.isEmpty()) {
+        std::fprintf(stderr, "corvalog: --review needs a log file\n");
+        return 2;
+    }
+    HelpWindow help(manualPath(QApplication::applicationDirPath()), nullptr);
+    FirstFrameProbe probe;
+    const bool probing = qEnvironmentVariableIntValue("CORVALOG_QUIT_AFTER_FIRST_FRAME") != 0;
+    int opened = 0;
+    for (const QString &file : files) {
+        QString error;
+        if (ReviewWindow *window = openReviewWindow(file, nullptr, error)) {
+            window->setAttribute(Qt::WA_QuitOnClose, true);
+            if (probing)
+                window->installEventFilter(&probe);
+            ++opened;
+        } else {
+            std::fprintf(stderr, "corvalog: %s\n", qPrintable(error));
+        }
+    }
+    return opened == 0 ? 1 : QApplication::exec();
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -46,6 +76,8 @@ int main(int argc, char **argv)
 
     QStringList words = app.arguments();
     words.removeFirst();
+    if (!words.isEmpty() && words.front() == QLatin1String("--review"))
+        return reviewOnly(words.mid(1));
     const QByteArray source = qgetenv(kSourceVariable);
 
     QtPrompts prompts;

@@ -48,6 +48,30 @@ bool splitLine(std::string_view line, char separator, std::vector<std::string> &
     return splitCsvFields(line, fields, error, separator);
 }
 
+// A log's Time field (hh:mm:ss with the locale's separator) in ms since midnight.
+std::optional<double> timeOfDayMs(std::string_view text)
+{
+    int parts[3] = { 0, 0, 0 };
+    std::size_t count = 0;
+    bool inNumber = false;
+    for (const char c : text) {
+        if (c >= '0' && c <= '9') {
+            if (!inNumber && count++ == 3)
+                return std::nullopt;
+            inNumber = true;
+            int &part = parts[count - 1];
+            part = part * 10 + (c - '0');
+            if (part > 99)
+                return std::nullopt;
+        } else {
+            inNumber = false;
+        }
+    }
+    if (count != 3 || parts[0] > 23 || parts[1] > 59 || parts[2] > 59)
+        return std::nullopt;
+    return ((parts[0] * 60.0 + parts[1]) * 60.0 + parts[2]) * 1000.0;
+}
+
 void warn(ReviewData &data, std::size_t lineNumber, const std::string &why, std::uint64_t &count)
 {
     ++count;
@@ -88,6 +112,21 @@ void readMetadata(ReviewData &data)
     }
 }
 
+// Where one channel went into error and came out of it, in the order of the events file; asked
+// for times in the order of the log's rows.
+struct ErrorSpans {
+    std::vector<std::pair<double, bool>> changes; // time, and whether in error from then on
+    std::size_t next = 0;
+    bool error = false;
+
+    bool at(double timeMs)
+    {
+        while (next < changes.size() && changes[next].first <= timeMs)
+            error = changes[next++].second;
+        return error;
+    }
+};
+
 void readEvents(ReviewData &data, char separator, char decimal)
 {
     std::string error;
@@ -101,7 +140,7 @@ void readEvents(ReviewData &data, char separator, char decimal)
     for (std::size_t i = 1; i < lines.size(); ++i) {
         if (lines[i].empty() || !splitLine(lines[i], separator, f) || f.size() != 8)
             continue;
-        const std::optional<float> elapsed = logNumber(f[2], decimal);
+        const std::optional<double> elapsed = logDouble(f[2], decimal);
         int channel = 0;
         if (!elapsed || !readNumber(f[3], channel) || channel < 1)
             continue;
@@ -128,6 +167,16 @@ std::optional<ReviewData> readLog(
     data.overload.assign(columns, std::nullopt);
     data.history = TrendHistory(std::max<std::size_t>(lines.size(), 1));
     data.history.reset(static_cast<int>(columns), 0.0);
+    readEvents(data, separator, decimal);
+    // A channel in error logs its Default (or its last value): the events tell which rows
+    // those are, so they show as errors rather than as readings.
+    std::vector<ErrorSpans> inError(columns);
+    for (const ReviewEvent &event : data.events) {
+        if (event.channel <= static_cast<int>(columns)
+            && (event.kind == "error" || event.kind == "recovered"))
+            inError[static_cast<std::size_t>(event.channel - 1)].changes.emplace_back(
+                event.timeMs, event.kind == "error");
+    }
     std::uint64_t bad = 0;
     for (std::size_t i = 1; i < lines.size(); ++i) {
         if (lines[i].empty())
@@ -136,21 +185,25 @@ std::optional<ReviewData> readLog(
             warn(data, i + 1, "not a row of " + std::to_string(columns + 3) + " fields", bad);
             continue;
         }
-        const std::optional<float> elapsed = logNumber(f[2], decimal);
+        const std::optional<double> elapsed = logDouble(f[2], decimal);
         if (!elapsed) {
             warn(data, i + 1, "Elapsed mS '" + f[2] + "' is not a number", bad);
             continue;
         }
+        if (data.rows == 0) {
+            if (const std::optional<double> clock = timeOfDayMs(f[1]))
+                data.clockAtStartMs = *clock - *elapsed;
+        }
         for (std::size_t c = 0; c < columns; ++c) {
             const std::optional<float> v = logNumber(f[c + 3], decimal);
-            data.history.add(static_cast<int>(c + 1), *elapsed, v.value_or(0.0f), !v);
+            const bool error = !v || inError[c].at(*elapsed);
+            data.history.add(static_cast<int>(c + 1), *elapsed, v.value_or(0.0f), error);
         }
         ++data.rows;
     }
     if (bad > data.warnings.size())
         data.warnings.push_back(std::to_string(bad - data.warnings.size()) + " more lines");
     readMetadata(data);
-    readEvents(data, separator, decimal);
     return data;
 }
 
@@ -204,6 +257,14 @@ std::optional<ReviewData> readRecording(
 
 std::optional<float> logNumber(std::string_view text, char decimal)
 {
+    const std::optional<double> value = logDouble(text, decimal);
+    if (!value)
+        return std::nullopt;
+    return static_cast<float>(*value);
+}
+
+std::optional<double> logDouble(std::string_view text, char decimal)
+{
     const char group = decimal == ',' ? '.' : ',';
     char plain[64];
     std::size_t n = 0;
@@ -218,9 +279,9 @@ std::optional<float> logNumber(std::string_view text, char decimal)
     if (!number.empty() && number.front() == '+')
         number.remove_prefix(1);
     double value = 0;
-    if (!readNumber(number, value))
+    if (!readNumber(number, value) || !std::isfinite(value))
         return std::nullopt;
-    return static_cast<float>(value);
+    return value;
 }
 
 std::optional<ReviewData> readForReview(const std::string &path, std::string &error)

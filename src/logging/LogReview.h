@@ -30,6 +30,8 @@ struct ReviewData {
     TrendHistory history { 1 };
     std::vector<ReviewEvent> events;
     std::string started; // from the metadata ("" without it)
+    // The time of day at elapsed 0, in ms since midnight, from the first row's Time (a log only).
+    std::optional<double> clockAtStartMs;
     std::uint64_t rows = 0;
     std::vector<std::string> warnings; // lines that could not be read, and the first reasons
 };
@@ -42,5 +44,7 @@ std::optional<ReviewData> readForReview(const std::string &path, std::string &er
 // A value as a log writes it, in the log's decimal mark: "12.5", "-1,234.50" (groups), "1E+20",
 // "7,5" with decimal commas; nothing for text that holds no number.
 std::optional<float> logNumber(std::string_view text, char decimal);
+// The same at full precision, for times.
+std::optional<double> logDouble(std::string_view text, char decimal);
 
 } // namespace corvalog

@@ -1,7 +1,6 @@
 #include "TrendChart.h"
 
 #include <QPen>
-#include <QtCharts/QAreaSeries>
 #include <QtCharts/QLegend>
 #include <QtCharts/QLegendMarker>
 #include <QtCharts/QLineSeries>
@@ -14,45 +13,18 @@ namespace corvalog {
 
 namespace {
 
-const QColor kBeyondColour(220, 0, 0);
-const QColor kErrorColour(220, 0, 0, 170);
+// Above the axes and grid, below the legend.
+constexpr double kPlotZ = 4.5;
 
-// Runs past this many are drawn joined: a trace broken into more pieces than that is noise
-// anyway, and every run costs a series.
-constexpr std::size_t kMaxRuns = 64;
-
-// Each channel's error strip takes this share of the plot's height.
-constexpr double kStripShare = 0.02;
-
-// Roughly six labelled ticks, on round values.
-double niceStep(double span)
+// A round step giving about `ticks` steps over the span.
+double niceStep(double span, double ticks)
 {
-    const double raw = span / 6.0;
-    if (!(raw > 0))
+    const double raw = span / ticks;
+    if (!(raw > 0) || !std::isfinite(raw))
         return 1.0;
     const double unit = std::pow(10.0, std::floor(std::log10(raw)));
     const double f = raw / unit;
     return (f < 1.5 ? 1.0 : f < 3.0 ? 2.0 : f < 7.0 ? 5.0 : 10.0) * unit;
-}
-
-QPen runPen(const QColor &colour)
-{
-    QPen pen(colour, 1.5);
-    pen.setCosmetic(true);
-    return pen;
-}
-
-QPen limitPen(const QColor &colour)
-{
-    QPen pen(colour, 1.0, Qt::DashLine);
-    pen.setCosmetic(true);
-    return pen;
-}
-
-void hideMarkers(QLegend *legend, QAbstractSeries *series)
-{
-    for (QLegendMarker *marker : legend->markers(series))
-        marker->setVisible(false);
 }
 
 } // namespace
@@ -71,53 +43,51 @@ QColor channelColour(int n)
 TrendChart::TrendChart()
     : m_x(new QValueAxis(this))
     , m_y(new QValueAxis(this))
+    , m_plot(new TrendPlot(this))
 {
     m_x->setTitleText(QStringLiteral("Seconds since activation"));
     m_x->setTickType(QValueAxis::TicksDynamic);
     m_x->setTickAnchor(0);
     addAxis(m_x, Qt::AlignBottom);
     addAxis(m_y, Qt::AlignLeft);
-    legend()->setAlignment(Qt::AlignBottom);
+    // Beside the plot the entries stack, so two dozen captions still read.
+    legend()->setAlignment(Qt::AlignRight);
+    m_plot->setZValue(kPlotZ);
     setRange(0, 60, 0, 1);
     QObject::connect(m_x, &QValueAxis::rangeChanged, this, [this](qreal min, qreal max) {
         if (!m_settingRange && onUserRange)
             onUserRange(min, max);
     });
+    QObject::connect(this, &QChart::plotAreaChanged, this,
+        [this](const QRectF &area) { m_plot->setArea(area); });
 }
 
 void TrendChart::setChannels(const std::vector<QString> &captions)
 {
     removeAllSeries();
     m_channels.clear();
+    std::vector<QColor> colours;
     for (const QString &caption : captions) {
         const int n = channels() + 1;
         Channel c;
         c.colour = channelColour(n);
-        QLineSeries *named = addLine(runPen(c.colour));
-        named->setName(caption);
-        for (QLegendMarker *marker : legend()->markers(named)) {
-            marker->setVisible(true);
+        c.named = new QLineSeries;
+        c.named->setName(caption);
+        c.named->setPen(QPen(c.colour, 2.0));
+        addSeries(c.named);
+        c.named->attachAxis(m_x);
+        c.named->attachAxis(m_y);
+        for (QLegendMarker *marker : legend()->markers(c.named)) {
             QObject::connect(marker, &QLegendMarker::clicked, this, [this, n] {
                 if (onLegendClicked)
                     onLegendClicked(n);
             });
         }
-        c.runs.push_back(named);
-        c.under = addLine(limitPen(c.colour));
-        c.over = addLine(limitPen(c.colour));
-
-        c.errors = new QAreaSeries;
-        c.errors->setUpperSeries(new QLineSeries(c.errors));
-        c.errors->setLowerSeries(new QLineSeries(c.errors));
-        c.errors->setPen(Qt::NoPen);
-        c.errors->setBrush(kErrorColour);
-        addSeries(c.errors);
-        c.errors->attachAxis(m_x);
-        c.errors->attachAxis(m_y);
-        hideMarkers(legend(), c.errors);
         m_channels.push_back(c);
+        colours.push_back(c.colour);
         styleMarker(n);
     }
+    m_plot->setChannels(colours);
 }
 
 void TrendChart::setCaption(int n, const QString &caption)
@@ -126,13 +96,16 @@ void TrendChart::setCaption(int n, const QString &caption)
         seriesFor(n)->setName(caption);
 }
 
+void TrendChart::setTimeTitle(const QString &title)
+{
+    m_x->setTitleText(title);
+}
+
 void TrendChart::setRange(double fromS, double toS, double yMin, double yMax)
 {
     m_settingRange = true;
-    m_fromS = fromS;
-    m_toS = toS;
     // Never a wide range at a narrow range's step: every tick costs an item.
-    const double step = niceStep(toS - fromS);
+    const double step = niceStep(toS - fromS, 6.0);
     if (step > m_x->tickInterval()) {
         m_x->setTickInterval(step);
         m_x->setRange(fromS, toS);
@@ -140,10 +113,26 @@ void TrendChart::setRange(double fromS, double toS, double yMin, double yMax)
         m_x->setRange(fromS, toS);
         m_x->setTickInterval(step);
     }
-    const int decimals = step >= 1.0 ? 0 : static_cast<int>(std::ceil(-std::log10(step)));
-    m_x->setLabelFormat(QStringLiteral("%.%1f").arg(decimals));
-    m_y->setRange(yMin, yMax);
-    m_y->applyNiceNumbers();
+    const int decimals = step >= 1.0 ? 0 : static_cast<int>(std::ceil(-std::log10(step) - 1e-9));
+    const QString format = QStringLiteral("%.%1f").arg(decimals);
+    if (m_x->labelFormat() != format)
+        m_x->setLabelFormat(format);
+
+    // Round values on the y axis; the axis is only touched when they change, as laying it out
+    // again costs more than drawing every channel.
+    const double yStep = niceStep(yMax - yMin, 5.0);
+    const double low = std::floor(yMin / yStep) * yStep;
+    const double high = std::max(std::ceil(yMax / yStep) * yStep, low + yStep);
+    const int ticks = static_cast<int>(std::lround((high - low) / yStep)) + 1;
+    if (m_y->min() != low || m_y->max() != high)
+        m_y->setRange(low, high);
+    if (m_y->tickCount() != ticks)
+        m_y->setTickCount(ticks);
+    const int yDecimals = yStep >= 1.0 ? 0 : static_cast<int>(std::ceil(-std::log10(yStep) - 1e-9));
+    const QString yFormat = QStringLiteral("%.%1f").arg(yDecimals);
+    if (m_y->labelFormat() != yFormat)
+        m_y->setLabelFormat(yFormat);
+    m_plot->setRange(fromS, toS, low, high);
     m_settingRange = false;
 }
 
@@ -157,88 +146,23 @@ double TrendChart::yMax() const
     return m_y->max();
 }
 
-void TrendChart::setTrace(int n, const ChannelTrace &trace)
+void TrendChart::setTrace(int n, ChannelTrace trace)
 {
-    Channel &c = channel(n);
-    if (!c.visible) {
-        clearTrace(c);
+    if (!channelVisible(n))
         return;
-    }
-    fill(c.runs, trace.runs, runPen(c.colour));
-    QPen beyond = runPen(kBeyondColour);
-    beyond.setWidthF(2.5);
-    fill(c.beyond, trace.beyond, beyond);
-    const auto level = [this](const std::optional<double> &limit) {
-        return limit ? Polyline { { m_fromS, *limit }, { m_toS, *limit } } : Polyline {};
-    };
-    c.under->replace(level(trace.under));
-    c.over->replace(level(trace.over));
-
-    // Each channel's strip sits above the one before, so overlapping errors stay apart.
-    const double height = (yMax() - yMin()) * kStripShare;
-    const double bottom = yMin() + (n - 1) * height;
-    const double top = bottom + height * 0.8;
-    Polyline upper;
-    Polyline lower;
-    for (const auto &[from, to] : trace.errors)
-        upper << QPointF(from, bottom) << QPointF(from, top) << QPointF(to, top)
-              << QPointF(to, bottom);
-    if (!upper.isEmpty())
-        lower << upper.front() << upper.back();
-    c.errors->upperSeries()->replace(upper);
-    c.errors->lowerSeries()->replace(lower);
+    m_plot->setTrace(index(n), std::move(trace));
 }
 
 void TrendChart::setChannelVisible(int n, bool visible)
 {
-    Channel &c = channel(n);
-    c.visible = visible;
-    c.runs.front()->setVisible(visible);
-    if (!visible)
-        clearTrace(c);
+    m_channels.at(index(n)).visible = visible;
+    m_plot->setVisible(index(n), visible);
     styleMarker(n);
-}
-
-QLineSeries *TrendChart::addLine(const QPen &pen)
-{
-    auto *series = new QLineSeries;
-    series->setPen(pen);
-    addSeries(series);
-    series->attachAxis(m_x);
-    series->attachAxis(m_y);
-    hideMarkers(legend(), series);
-    return series;
-}
-
-void TrendChart::fill(std::vector<QLineSeries *> &pool, std::vector<Polyline> runs, const QPen &pen)
-{
-    if (runs.size() > kMaxRuns) {
-        Polyline &last = runs[kMaxRuns - 1];
-        for (std::size_t i = kMaxRuns; i < runs.size(); ++i)
-            last += runs[i];
-        runs.resize(kMaxRuns);
-    }
-    while (pool.size() < runs.size())
-        pool.push_back(addLine(pen));
-    for (std::size_t i = 0; i < pool.size(); ++i)
-        pool[i]->replace(i < runs.size() ? runs[i] : Polyline {});
-}
-
-void TrendChart::clearTrace(Channel &c)
-{
-    for (QLineSeries *s : c.runs)
-        s->clear();
-    for (QLineSeries *s : c.beyond)
-        s->clear();
-    c.under->clear();
-    c.over->clear();
-    c.errors->upperSeries()->clear();
-    c.errors->lowerSeries()->clear();
 }
 
 void TrendChart::styleMarker(int n)
 {
-    const Channel &c = channel(n);
+    const Channel &c = m_channels.at(index(n));
     QColor colour = c.colour;
     QColor label = legend()->labelColor();
     // A hidden channel keeps its marker, faded, so a click brings it back.
@@ -246,7 +170,7 @@ void TrendChart::styleMarker(int n)
         colour.setAlphaF(0.25);
         label.setAlphaF(0.4);
     }
-    for (QLegendMarker *marker : legend()->markers(c.runs.front())) {
+    for (QLegendMarker *marker : legend()->markers(c.named)) {
         marker->setVisible(true);
         marker->setBrush(colour);
         marker->setPen(QPen(colour));

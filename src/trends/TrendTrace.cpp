@@ -126,6 +126,34 @@ std::vector<std::pair<double, double>> errorSpans(
     return spans;
 }
 
+void extendToNeighbours(std::vector<Polyline> &runs, const ChannelHistory &history, double fromMs,
+    double toMs, double joinMs)
+{
+    const auto pointOf = [&](std::size_t i) -> std::optional<QPointF> {
+        const HistorySample s = history.at(i);
+        if (s.error())
+            return std::nullopt;
+        return QPointF(s.timeMs / 1000.0, (static_cast<double>(s.min) + s.max) / 2.0);
+    };
+    const std::size_t first = history.lowerBound(fromMs);
+    const std::size_t after = history.lowerBound(toMs);
+    const std::optional<QPointF> before = first > 0 ? pointOf(first - 1) : std::nullopt;
+    const std::optional<QPointF> next = after < history.size() ? pointOf(after) : std::nullopt;
+    const double joinS = joinMs / 1000.0;
+    if (runs.empty()) {
+        // Nothing inside: the neighbours' line still crosses the view when they are close.
+        if (before && next && first == after && next->x() - before->x() <= joinS)
+            runs.push_back({ *before, *next });
+        return;
+    }
+    if (before && !runs.front().isEmpty() && runs.front().front().x() - before->x() <= joinS
+        && first < history.size() && !history.at(first).error())
+        runs.front().prepend(*before);
+    if (next && !runs.back().isEmpty() && next->x() - runs.back().back().x() <= joinS && after > 0
+        && !history.at(after - 1).error())
+        runs.back().append(*next);
+}
+
 std::optional<HistorySample> nearestSample(
     const ChannelHistory &history, double timeMs, double withinMs)
 {

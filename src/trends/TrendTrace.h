@@ -28,6 +28,12 @@ std::optional<double> limitOf(float limit);
 std::vector<Polyline> traceLines(
     const std::vector<PixelColumn> &columns, double fromMs, double toMs, double joinMs = kJoinMs);
 
+// Joins the runs to the samples just outside [fromMs, toMs) (within `joinMs` of the nearest
+// run, and not in error), so that a line crossing an edge of the view reaches it instead of
+// stopping at the last sample inside; with no run inside, the two neighbours joined make one.
+void extendToNeighbours(std::vector<Polyline> &runs, const ChannelHistory &history, double fromMs,
+    double toMs, double joinMs = kJoinMs);
+
 // The parts of the runs above `over` and below `under` (either may be unset), each cut where it
 // crosses the level.
 std::vector<Polyline> partsBeyond(

@@ -2,18 +2,15 @@
 
 #include "TrendChart.h"
 #include "TrendChartView.h"
-#include "TrendCsv.h"
-#include "runtime/Format.h"
+#include "TrendDrawing.h"
+#include "TrendPanel.h"
+#include "TrendTrace.h"
 #include "runtime/TimerPeriods.h"
 
 #include <QComboBox>
-#include <QDir>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <QtCharts/QLineSeries>
@@ -28,26 +25,9 @@ namespace {
 // The spans in the order of Span; 0 is everything since activation.
 constexpr double kSpanMs[] = { 60000.0, 600000.0, 3600000.0, 0.0 };
 
-// The columns a redraw uses before the chart has been laid out.
-constexpr int kUnlaidPixels = 600;
-
-// Zooming further shows single samples stretched, nothing more.
-constexpr double kNarrowestZoomMs = 50.0;
-
-const char *const kCursorHint = "Move the pointer over the plot to read the values.";
-
 QString q(const std::string &text)
 {
     return QString::fromStdString(text);
-}
-
-// The time of day of a script date, hh:mm:ss.
-QString timeOfDay(double date)
-{
-    const auto seconds
-        = static_cast<long long>(std::llround((date - std::floor(date)) * 86400.0)) % 86400;
-    return QString::asprintf(
-        "%02lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60, seconds % 60);
 }
 
 } // namespace
@@ -58,12 +38,15 @@ TrendsWindow::TrendsWindow(const TrendHistory &history, const WorkspaceClass &wo
     , m_history(history)
     , m_workspace(workspace)
     , m_clock(clock)
-    , m_chart(new TrendChart)
 {
     setObjectName(QStringLiteral("TrendsWindow"));
     setWindowTitle(QStringLiteral("Corvalog Trends"));
     // An open trends window does not keep the program running once the main window closes.
     setAttribute(Qt::WA_QuitOnClose, false);
+    m_panel = new TrendPanel(*this, QStringLiteral("trends"),
+        { [this] { redraw(); }, [this](double ms) { return cursorTextAt(ms); },
+            [this] { resetZoom(); }, [this](const QString &path) { return exportCsv(path); } });
+    m_panel->show(0, kSpanMs[static_cast<int>(m_span)]);
 
     auto *spanLabel = new QLabel(QStringLiteral("&Span"), this);
     m_spanBox = new QComboBox(this);
@@ -75,79 +58,37 @@ TrendsWindow::TrendsWindow(const TrendHistory &history, const WorkspaceClass &wo
     m_pause = new QPushButton(this);
     m_pause->setObjectName(QStringLiteral("btnPause"));
     setPauseText();
-    m_resetZoom = new QPushButton(QStringLiteral("Reset &zoom"), this);
-    m_resetZoom->setObjectName(QStringLiteral("btnResetZoom"));
-    m_resetZoom->setEnabled(false);
-    auto *exportPngButton = new QPushButton(QStringLiteral("Export PNG…"), this);
-    exportPngButton->setObjectName(QStringLiteral("btnExportPng"));
-    auto *exportCsvButton = new QPushButton(QStringLiteral("Export CSV…"), this);
-    exportCsvButton->setObjectName(QStringLiteral("btnExportCsv"));
-
-    m_view = new TrendChartView(m_chart, this);
-    m_view->setObjectName(QStringLiteral("chartView"));
-    m_cursor = new QLabel(QString::fromLatin1(kCursorHint), this);
-    m_cursor->setObjectName(QStringLiteral("lblCursor"));
-    m_cursor->setWordWrap(true);
-    m_cursor->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     auto *controls = new QHBoxLayout;
     controls->addWidget(spanLabel);
     controls->addWidget(m_spanBox);
     controls->addWidget(m_pause);
-    controls->addWidget(m_resetZoom);
+    controls->addWidget(m_panel->resetZoomButton());
     controls->addStretch();
-    controls->addWidget(exportPngButton);
-    controls->addWidget(exportCsvButton);
+    controls->addWidget(m_panel->exportPngButton());
+    controls->addWidget(m_panel->exportCsvButton());
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(controls);
-    layout->addWidget(m_view, 1);
-    layout->addWidget(m_cursor);
-    resize(900, 560);
+    layout->addWidget(m_panel->view(), 1);
+    layout->addWidget(m_panel->cursor());
+    resize(980, 640);
 
     QObject::connect(m_spanBox, &QComboBox::activated, this,
         [this](int index) { setSpan(static_cast<Span>(index)); });
     QObject::connect(m_pause, &QPushButton::clicked, this, [this] { setPaused(!m_paused); });
-    QObject::connect(m_resetZoom, &QPushButton::clicked, this, [this] { resetZoom(); });
-    QObject::connect(exportPngButton, &QPushButton::clicked, this, [this] {
-        exportTo(QStringLiteral("Export PNG"), QStringLiteral("trends.png"),
-            QStringLiteral("PNG images (*.png)"), true);
-    });
-    QObject::connect(exportCsvButton, &QPushButton::clicked, this, [this] {
-        exportTo(QStringLiteral("Export CSV"), QStringLiteral("trends.csv"),
-            QStringLiteral("CSV files (*.csv)"), false);
-    });
-    m_chart->onUserRange = [this](double fromS, double toS) { zoomTo(fromS * 1000, toS * 1000); };
-    m_chart->onLegendClicked = [this](int n) { setChannelVisible(n, !channelVisible(n)); };
-    m_view->onHover = [this](std::optional<double> seconds) {
-        m_cursor->setText(
-            seconds ? cursorTextAt(*seconds * 1000) : QString::fromLatin1(kCursorHint));
-    };
-    // A resize changes the plot's width, and so the columns.
-    QObject::connect(m_chart, &QChart::plotAreaChanged, this, [this] { m_soon.start(); });
-
     m_tick.setInterval(kScreenIntervalMs);
     QObject::connect(&m_tick, &QTimer::timeout, this, [this] { redraw(); });
-    m_soon.setSingleShot(true);
-    m_soon.setInterval(0);
-    QObject::connect(&m_soon, &QTimer::timeout, this, [this] { redraw(); });
     redraw();
 }
 
-TrendsWindow::~TrendsWindow()
-{
-    // The chart outlives this part of the window: nothing it signals may reach back here.
-    QObject::disconnect(m_chart, nullptr, this, nullptr);
-    m_chart->onUserRange = nullptr;
-    m_chart->onLegendClicked = nullptr;
-    m_view->onHover = nullptr;
-}
+TrendsWindow::~TrendsWindow() = default;
 
 void TrendsWindow::setSpan(Span span)
 {
     m_span = span;
     const QSignalBlocker quiet(m_spanBox);
     m_spanBox->setCurrentIndex(static_cast<int>(span));
-    m_zoomed = false;
+    m_panel->show(shownFromMs(), shownToMs());
     redraw();
 }
 
@@ -157,9 +98,9 @@ void TrendsWindow::setPaused(bool paused)
         return;
     if (paused) {
         // Hold what is shown; a zoom's end is no present to return to.
-        m_heldAtMs = m_zoomed ? nowMs() : m_toMs;
+        m_heldAtMs = zoomed() ? nowMs() : shownToMs();
     } else {
-        m_zoomed = false;
+        m_panel->show(shownFromMs(), shownToMs());
     }
     m_paused = paused;
     setPauseText();
@@ -169,145 +110,96 @@ void TrendsWindow::setPaused(bool paused)
 
 void TrendsWindow::zoomTo(double fromMs, double toMs)
 {
-    if (!(toMs - fromMs >= kNarrowestZoomMs)) {
-        const double middle = (fromMs + toMs) / 2.0;
-        fromMs = middle - kNarrowestZoomMs / 2.0;
-        toMs = middle + kNarrowestZoomMs / 2.0;
-    }
-    m_zoomed = true;
-    m_fromMs = fromMs;
-    m_toMs = toMs;
-    m_resetZoom->setEnabled(true);
-    // The chart may be in the middle of its own zoom: redraw once it is done.
-    m_soon.start();
+    m_panel->zoomTo(fromMs, toMs);
 }
 
 void TrendsWindow::resetZoom()
 {
-    m_zoomed = false;
+    m_panel->show(shownFromMs(), shownToMs());
     redraw();
+}
+
+bool TrendsWindow::zoomed() const
+{
+    return m_panel->zoomed();
+}
+
+double TrendsWindow::shownFromMs() const
+{
+    return m_panel->fromMs();
+}
+
+double TrendsWindow::shownToMs() const
+{
+    return m_panel->toMs();
+}
+
+TrendChart &TrendsWindow::chart() const
+{
+    return m_panel->chart();
 }
 
 void TrendsWindow::redraw()
 {
-    m_soon.stop();
-    if (m_generation != m_history.generation() || m_chart->channels() != m_history.channels())
+    m_panel->redrawn();
+    if (m_generation != m_history.generation() || chart().channels() != m_history.channels())
         rebuild();
     followPresent();
-    m_resetZoom->setEnabled(m_zoomed);
 
-    const int pixels = plotPixels();
-    const int count = channels();
-    std::vector<std::vector<PixelColumn>> columns(static_cast<std::size_t>(count));
-    double low = std::numeric_limits<double>::infinity();
-    double high = -low;
-    for (int n = 1; n <= count; ++n) {
-        m_chart->setCaption(n, caption(n));
-        auto &channel = columns[static_cast<std::size_t>(n - 1)];
-        if (!m_chart->channelVisible(n))
-            continue;
-        channel = decimate(m_history.channel(n), m_fromMs, m_toMs, pixels);
-        for (const PixelColumn &c : channel) {
-            if (!c.empty && std::isfinite(c.min) && std::isfinite(c.max)) {
-                low = std::min<double>(low, c.min);
-                high = std::max<double>(high, c.max);
-            }
-        }
-    }
-    if (!(low <= high)) {
-        low = 0;
-        high = 1;
-    }
-    double margin = (high - low) * 0.05;
-    if (!(margin > 0))
-        margin = std::max(std::fabs(high) * 0.05, 0.5);
-    m_chart->setRange(m_fromMs / 1000.0, m_toMs / 1000.0, low - margin, high + margin);
-
-    for (int n = 1; n <= count; ++n) {
-        const auto &channel = columns[static_cast<std::size_t>(n - 1)];
-        ChannelTrace trace;
-        trace.runs = traceLines(channel, m_fromMs, m_toMs);
-        if (const ItemClass *limits = item(n)) {
-            trace.under = limitOf(limits->Underload);
-            trace.over = limitOf(limits->Overload);
-        }
-        trace.beyond = partsBeyond(trace.runs, trace.under, trace.over);
-        trace.errors = errorSpans(channel, m_fromMs, m_toMs);
-        m_chart->setTrace(n, trace);
-    }
+    const std::vector<ChannelLook> all = looks();
+    for (int n = 1; n <= channels(); ++n)
+        chart().setCaption(n, all[static_cast<std::size_t>(n - 1)].caption);
+    drawSpan(chart(), m_history, all, shownFromMs(), shownToMs(), plotPixels());
 }
 
 int TrendsWindow::plotPixels() const
 {
-    const auto width = static_cast<int>(std::lround(m_chart->plotArea().width()));
-    return width > 1 ? width : kUnlaidPixels;
+    return m_panel->plotPixels();
 }
 
 int TrendsWindow::channels() const
 {
-    return m_chart->channels();
+    return chart().channels();
 }
 
 QLineSeries *TrendsWindow::seriesFor(int channel) const
 {
-    return m_chart->seriesFor(channel);
+    return chart().seriesFor(channel);
 }
 
 bool TrendsWindow::channelVisible(int channel) const
 {
-    return m_chart->channelVisible(channel);
+    return chart().channelVisible(channel);
 }
 
 void TrendsWindow::setChannelVisible(int channel, bool visible)
 {
-    m_chart->setChannelVisible(channel, visible);
+    chart().setChannelVisible(channel, visible);
     redraw();
 }
 
 QString TrendsWindow::cursorTextAt(double timeMs) const
 {
-    QString text = QStringLiteral("%1 s (%2)")
-                       .arg(timeMs / 1000.0, 0, 'f', 1)
-                       .arg(timeOfDay(m_history.beganAt() + timeMs / 86400000.0));
-    for (int n = 1; n <= std::min(channels(), m_history.channels()); ++n) {
-        if (!channelVisible(n))
-            continue;
-        QString value = QStringLiteral("no data");
-        if (const auto sample = nearestSample(m_history.channel(n), timeMs)) {
-            const std::string format = item(n) ? item(n)->Format : std::string();
-            const auto formatted = [&](float v) { return q(Format(Variant::single(v), format)); };
-            if (sample->error())
-                value = QStringLiteral("error");
-            else if (sample->min == sample->max)
-                value = formatted(sample->min);
-            else
-                value = formatted(sample->min) + QStringLiteral(" to ") + formatted(sample->max);
-        }
-        text += QStringLiteral("   %1: %2").arg(caption(n), value);
-    }
-    return text;
+    const double began = m_history.beganAt();
+    return readingsAt(
+        chart(), m_history, looks(), timeMs, (began - std::floor(began)) * 86400000.0);
 }
 
 bool TrendsWindow::exportPng(const QString &path)
 {
-    return m_view->grab().save(path, "PNG");
+    return m_panel->exportPng(path);
 }
 
 bool TrendsWindow::exportCsv(const QString &path) const
 {
-    const std::string text = trendCsv(m_history, captions(), m_fromMs, m_toMs, plotPixels());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(text.data(), static_cast<qint64>(text.size()));
-    return file.commit();
+    return m_panel->exportCsv(path, m_history, captions());
 }
 
 void TrendsWindow::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     updateTimer();
-    m_soon.start();
+    m_panel->redrawSoon();
 }
 
 void TrendsWindow::hideEvent(QHideEvent *event)
@@ -322,9 +214,9 @@ void TrendsWindow::rebuild()
     std::vector<QString> names;
     for (int n = 1; n <= m_history.channels(); ++n)
         names.push_back(caption(n));
-    m_chart->setChannels(names);
+    chart().setChannels(names);
     // The held or zoomed times belonged to the history that ended.
-    m_zoomed = false;
+    m_panel->show(shownFromMs(), shownToMs());
     if (m_paused) {
         m_paused = false;
         setPauseText();
@@ -334,18 +226,17 @@ void TrendsWindow::rebuild()
 
 void TrendsWindow::followPresent()
 {
-    if (m_zoomed)
+    if (zoomed())
         return;
     const double end = m_paused ? m_heldAtMs : nowMs();
     const double span = kSpanMs[static_cast<int>(m_span)];
     if (span == 0) {
-        m_fromMs = 0;
-        m_toMs = std::max(end, 1000.0);
+        m_panel->show(0, std::max(end, 1000.0));
         return;
     }
     // A history younger than the span fills it from the left, then scrolls.
-    m_toMs = std::max(end, span);
-    m_fromMs = m_toMs - span;
+    const double to = std::max(end, span);
+    m_panel->show(to - span, to);
 }
 
 void TrendsWindow::updateTimer()
@@ -359,17 +250,6 @@ void TrendsWindow::updateTimer()
 void TrendsWindow::setPauseText()
 {
     m_pause->setText(m_paused ? QStringLiteral("Resume") : QStringLiteral("Pause"));
-}
-
-void TrendsWindow::exportTo(
-    const QString &title, const QString &name, const QString &filter, bool png)
-{
-    const QString path = QFileDialog::getSaveFileName(this, title, name, filter);
-    if (path.isEmpty())
-        return;
-    if (!(png ? exportPng(path) : exportCsv(path)))
-        QMessageBox::warning(
-            this, title, QStringLiteral("Could not write %1.").arg(QDir::toNativeSeparators(path)));
 }
 
 double TrendsWindow::nowMs() const
@@ -390,6 +270,22 @@ QString TrendsWindow::caption(int n) const
     if (!channel || channel->Caption.empty())
         return QStringLiteral("Channel %1").arg(n);
     return q(channel->Caption);
+}
+
+std::vector<ChannelLook> TrendsWindow::looks() const
+{
+    std::vector<ChannelLook> all;
+    for (int n = 1; n <= channels(); ++n) {
+        ChannelLook look;
+        look.caption = caption(n);
+        if (const ItemClass *channel = item(n)) {
+            look.under = limitOf(channel->Underload);
+            look.over = limitOf(channel->Overload);
+            look.format = channel->Format;
+        }
+        all.push_back(std::move(look));
+    }
+    return all;
 }
 
 std::vector<std::string> TrendsWindow::captions() const

@@ -12,7 +12,6 @@
 #include <vector>
 
 class QComboBox;
-class QLabel;
 class QPushButton;
 QT_BEGIN_NAMESPACE
 class QLineSeries;
@@ -20,8 +19,9 @@ QT_END_NAMESPACE
 
 namespace corvalog {
 
+struct ChannelLook;
 class TrendChart;
-class TrendChartView;
+class TrendPanel;
 
 // "Corvalog Trends": every channel of the workspace over time, from the history the session
 // keeps. While shown it redraws at the display refresh rate, following the present over the
@@ -49,20 +49,20 @@ public:
     // reset, a span is chosen or a pause is resumed.
     void zoomTo(double fromMs, double toMs);
     void resetZoom();
-    bool zoomed() const { return m_zoomed; }
+    bool zoomed() const;
 
     // Draws the shown span now (the timer does this while the window is shown).
     void redraw();
-    double shownFromMs() const { return m_fromMs; }
-    double shownToMs() const { return m_toMs; }
-    double shownSpanMs() const { return m_toMs - m_fromMs; }
+    double shownFromMs() const;
+    double shownToMs() const;
+    double shownSpanMs() const { return shownToMs() - shownFromMs(); }
     // The width of the plot in pixels: the columns a redraw folds each channel into.
     int plotPixels() const;
 
     int channels() const;
     // The series named by channel n's caption (1-based).
     QLineSeries *seriesFor(int channel) const;
-    TrendChart &chart() const { return *m_chart; }
+    TrendChart &chart() const;
     bool channelVisible(int channel) const;
     // As a click on the channel's legend entry does.
     void setChannelVisible(int channel, bool visible);
@@ -83,32 +83,25 @@ private:
     void followPresent();
     void updateTimer();
     void setPauseText();
-    void exportTo(const QString &title, const QString &name, const QString &filter, bool png);
     double nowMs() const;
     const ItemClass *item(int n) const;
     QString caption(int n) const;
     std::vector<std::string> captions() const;
+    std::vector<ChannelLook> looks() const;
 
     const TrendHistory &m_history;
     const WorkspaceClass &m_workspace;
     const Clock &m_clock;
 
-    TrendChart *m_chart = nullptr;
-    TrendChartView *m_view = nullptr;
+    TrendPanel *m_panel = nullptr;
     QComboBox *m_spanBox = nullptr;
     QPushButton *m_pause = nullptr;
-    QPushButton *m_resetZoom = nullptr;
-    QLabel *m_cursor = nullptr;
     QTimer m_tick; // the redraw while following
-    QTimer m_soon; // one redraw once the chart has settled (resizes, zooms)
 
     std::optional<std::uint64_t> m_generation; // of the history the series were built for
     Span m_span = Span::TenMinutes;
     bool m_paused = false;
     double m_heldAtMs = 0; // the present when paused
-    bool m_zoomed = false;
-    double m_fromMs = 0;
-    double m_toMs = 600000;
 };
 
 } // namespace corvalog

@@ -38,21 +38,25 @@ protected:
 };
 
 // A log with its companions: a series per channel over Elapsed mS, text values as gaps, the
-// limits from the metadata (defaults are no limit) and the events listed.
+// limits from the metadata (defaults are no limit), the events listed, the rows a channel spent
+// in error (between its error and recovered events) as errors, and the clock from the Time.
 TEST_F(Review, ALogReadsWithItsCompanionsInEitherSeparator)
 {
     for (const bool semicolons : { false, true }) {
         std::string log = "Date,Time,Elapsed mS,\"Load, kg\",Temp\r\n"
-                          "24/11/2026,07:00:00,10,12.5,n/a\r\n"
-                          "24/11/2026,07:00:00,20,13.25,21\r\n"
+                          "24/11/2026,07:00:01,10,12.5,n/a\r\n"
+                          "24/11/2026,07:00:01,20,13.25,-9999999.00\r\n"
                           "broken\r\n"
-                          "24/11/2026,07:00:00,30,-1,22\r\n";
+                          "24/11/2026,07:00:01,30,-1,22\r\n";
         std::string events = "Date,Time,Elapsed mS,Channel,Caption,Event,Value,Limit\r\n"
-                             "24/11/2026,07:00:00,20,1,\"Load, kg\",over,13.25,13\r\n";
+                             "24/11/2026,07:00:01,20,1,\"Load, kg\",over,13.25,13\r\n"
+                             "24/11/2026,07:00:01,20,2,Temp,error,-9999999.00,\r\n"
+                             "24/11/2026,07:00:01,30,2,Temp,recovered,22,\r\n";
         if (semicolons) {
+            // As a locale with decimal commas and dots between the parts of a time writes it.
             for (std::string *text : { &log, &events })
                 for (char &c : *text)
-                    c = c == ',' ? ';' : c == '.' ? ',' : c;
+                    c = c == ',' ? ';' : c == '.' || c == ':' ? ',' : c;
         }
         writeFile(path("run.csv"), log);
         writeFile(path("run.events.csv"), events);
@@ -70,11 +74,15 @@ TEST_F(Review, ALogReadsWithItsCompanionsInEitherSeparator)
         ASSERT_EQ(load.size(), 3u);
         EXPECT_EQ(load.at(1).timeMs, 20);
         EXPECT_EQ(load.at(1).max, 13.25f);
-        EXPECT_TRUE(data->history.channel(2).at(0).error()) << "text is a gap";
+        const ChannelHistory &temp = data->history.channel(2);
+        EXPECT_TRUE(temp.at(0).error()) << "text is a gap";
+        EXPECT_TRUE(temp.at(1).error()) << "the Default logged while in error";
+        EXPECT_FALSE(temp.at(2).error());
+        EXPECT_EQ(data->clockAtStartMs, 7 * 3600000.0 + 1000.0 - 10.0);
         EXPECT_EQ(data->underload[0], -1.5f);
         EXPECT_EQ(data->overload[0], 13.0f);
         EXPECT_FALSE(data->overload[1]);
-        ASSERT_EQ(data->events.size(), 1u);
+        ASSERT_EQ(data->events.size(), 3u);
         EXPECT_EQ(data->events[0].timeMs, 20);
         EXPECT_EQ(data->events[0].kind, "over");
         EXPECT_EQ(data->started, "2026-11-24T07:00:00.000+01:00");

@@ -51,6 +51,32 @@ TEST(TrendTrace, RunsBreakOnlyAtLongSilencesAndErrors)
         (Polyline { { 0.05, 0 }, { 0.05, 2 }, { 0.15, 1 } }));
 }
 
+// A line crossing an edge of the view reaches it: the runs take the samples just outside, when
+// they are close enough and not in error.
+TEST(TrendTrace, RunsReachTheSamplesJustOutsideTheView)
+{
+    ChannelHistory history(64); // 0, 10, 20 at 0 s, 1 s, 2 s; an error at 3 s; 40 at 4 s
+    for (int s = 0; s <= 4; ++s)
+        history.add(s * 1000.0, s * 10.0f, s == 3);
+    const Polyline inside { { 1, 10 }, { 2, 20 } };
+    const struct Case {
+        double from, to, join;
+        std::vector<Polyline> runs;
+        std::vector<Polyline> extended;
+    } cases[] = {
+        { 500, 2500, 1500, { inside }, { { { 0, 0 }, { 1, 10 }, { 2, 20 } } } }, // 3 s: error
+        { 500, 2500, 900, { inside }, { inside } }, // too far to join
+        { 1200, 1800, 1500, {}, { { { 1, 10 }, { 2, 20 } } } }, // between two samples
+        { 1200, 1800, 900, {}, {} }, { 3200, 3800, 1500, {}, {} }, // an error on one side
+        { -500, 500, 1500, { { { 0, 0 } } }, { { { 0, 0 }, { 1, 10 } } } }, // nothing before
+    };
+    for (const Case &c : cases) {
+        std::vector<Polyline> runs = c.runs;
+        extendToNeighbours(runs, history, c.from, c.to, c.join);
+        EXPECT_EQ(runs, c.extended) << c.from << ".." << c.to << " joining " << c.join;
+    }
+}
+
 TEST(TrendTrace, PartsBeyondLimitsAreCutAtTheLimit)
 {
     const std::vector<Polyline> peak { { { 0, 0 }, { 1, 10 }, { 2, 0 } } };
