@@ -20,5 +20,6 @@ int runRecord(CliArgs &args, std::ostream &out);
 int runLog(CliArgs &args, std::ostream &out);
 int runBaseStation(CliArgs &args, std::ostream &out);
 int runCommand(CliArgs &args, std::ostream &out);
+int runRelay(CliArgs &args, std::ostream &out);
 
 } // namespace corvalog::cli

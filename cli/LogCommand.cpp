@@ -71,9 +71,10 @@ int runLog(CliArgs &args, std::ostream &)
         throw UsageError("--start needs --virtual-time (live logs carry the real time)");
     if (options.virtualTime
         && (options.source.kind == ProviderSource::Kind::Udp
-            || options.source.kind == ProviderSource::Kind::Serial))
-        throw UsageError(
-            "--virtual-time needs sim or replay: datagrams and serial lines arrive in real time");
+            || options.source.kind == ProviderSource::Kind::Serial
+            || options.source.kind == ProviderSource::Kind::Mqtt))
+        throw UsageError("--virtual-time needs sim or replay: datagrams, serial lines and "
+                         "brokers deliver in real time");
     if (options.virtualTime && options.source.kind == ProviderSource::Kind::Simulated
         && !options.durationMs)
         throw UsageError("--virtual-time with sim needs --duration: the simulation never ends");

@@ -30,7 +30,17 @@ ProviderSource sourceOption(CliArgs &args, const char *fallback)
         = ProviderSource::parse(text ? *text : std::string(fallback), &error);
     if (!source)
         throw UsageError(error);
-    return *source;
+    ProviderSource chosen = *source;
+    brokerOptions(args, chosen.mqttCaFile, chosen.mqttCredentialsFile);
+    return chosen;
+}
+
+void brokerOptions(CliArgs &args, std::string &caFile, std::string &credentialsFile)
+{
+    if (const std::optional<std::string> ca = args.take("--ca-file"))
+        caFile = *ca;
+    if (const std::optional<std::string> credentials = args.take("--credentials"))
+        credentialsFile = *credentials;
 }
 
 std::optional<double> durationOption(CliArgs &args)

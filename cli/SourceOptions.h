@@ -14,9 +14,13 @@
 
 namespace corvalog::cli {
 
-// --source SRC: sim[:SEED], replay:FILE, udp:[HOST:]PORT or serial[:DEVICE[:BAUD]];
-// `fallback` when not given, else a usage error.
+// --source SRC: sim[:SEED], replay:FILE, udp:[HOST:]PORT, serial[:DEVICE[:BAUD]] or
+// mqtt://HOST[:PORT]/PREFIX (with --ca-file and --credentials); `fallback` when not given,
+// else a usage error.
 ProviderSource sourceOption(CliArgs &args, const char *fallback);
+
+// --ca-file FILE and --credentials FILE of a broker, each left as it was when not given.
+void brokerOptions(CliArgs &args, std::string &caFile, std::string &credentialsFile);
 
 // --duration S in whole seconds (1 s to 31 days), in milliseconds.
 std::optional<double> durationOption(CliArgs &args);

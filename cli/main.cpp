@@ -38,7 +38,8 @@ Commands:
         one line per channel: "<n> ok" or "<n> error <number>: <description>"
   record [--source SRC] --out FILE [--duration S] [--workspace FILE]
         write a packet recording from SRC: sim[:SEED] (default), replay:FILE,
-        udp:[HOST:]PORT, serial or serial:DEVICE[:BAUD]; until S seconds have passed,
+        udp:[HOST:]PORT, serial, serial:DEVICE[:BAUD] or mqtt://HOST[:PORT]/PREFIX;
+        until S seconds have passed,
         a replay ends, or Ctrl+C (the workspace names the serial line, address and
         radio channel)
   log --workspace FILE --source SRC [--out CSV] [--duration S]
@@ -52,6 +53,16 @@ Commands:
   command --source SRC [--workspace FILE] (wake | sleep | keepawake | pause TAG | resume TAG)
         the Sleep & Wake menu's commands; pause and resume print one line an attempt
         and exit 1 when the module never acknowledged
+  relay --source SRC --to mqtt://HOST[:PORT]/PREFIX/STATION [--spool DIR]
+        [--spool-limit SIZE] [--duration S] [--workspace FILE] [--ca-file FILE]
+        [--credentials FILE]
+        publish SRC's packets to a broker (QoS 1), keeping every message not yet
+        acknowledged in the spool (default 256M; when full the oldest go), until S
+        seconds, the end of a replay, or Ctrl+C; "mqtts://" for TLS
+
+Sources: sim[:SEED], replay:FILE, udp:[HOST:]PORT, serial[:DEVICE[:BAUD]] and
+mqtt://HOST[:PORT]/PREFIX[?client=ID] (what relays publish under PREFIX; mqtts:// for
+TLS, with --ca-file FILE and --credentials FILE holding username= and password= lines).
 
 Numbers are written and read with "." unless --comma-decimal is given.
 Exit status: 0 done, 1 the system reported an error, 2 wrong usage.
@@ -75,6 +86,7 @@ const Command kCommands[] = {
     { "log", runLog },
     { "basestation", runBaseStation },
     { "command", runCommand },
+    { "relay", runRelay },
 };
 
 } // namespace

@@ -67,6 +67,10 @@ DriverSettings readDriverSettings(const std::string &settingsFile)
     if (!source.empty())
         settings.source = source;
     settings.usbDevice = readIniValue(*document, driverkeys::kSection, driverkeys::kUsb, "");
+    settings.mqttCaFile
+        = readIniValue(*document, driverkeys::kSection, driverkeys::kMqttCaFile, "");
+    settings.mqttCredentialsFile
+        = readIniValue(*document, driverkeys::kSection, driverkeys::kMqttCredentials, "");
     for (int port = 1; port <= driverkeys::kMaxComPort; ++port) {
         std::string device = readIniValue(*document, driverkeys::kSection, comKey(port), "");
         if (!device.empty())

@@ -9,11 +9,15 @@ namespace corvalog {
 
 // The program's driver settings, section "Driver" of the settings file: which source the
 // program opens ("Source", as CORVALOG_SOURCE names it; the simulator when missing), and which
-// device stands for USB ("USB") and for each COM port number ("COM1", "COM2", ...).
+// device stands for USB ("USB") and for each COM port number ("COM1", "COM2", ...), and for a
+// broker source the CA file of mqtts:// ("MqttCaFile") and the file holding the user name and
+// password ("MqttCredentials").
 namespace driverkeys {
 inline constexpr const char *kSection = "Driver";
 inline constexpr const char *kSource = "Source";
 inline constexpr const char *kUsb = "USB";
+inline constexpr const char *kMqttCaFile = "MqttCaFile";
+inline constexpr const char *kMqttCredentials = "MqttCredentials";
 inline constexpr const char *kDefaultSource = "sim";
 // The highest COM port number a workspace can name.
 inline constexpr int kMaxComPort = 255;
@@ -23,6 +27,8 @@ struct DriverSettings {
     std::string source = driverkeys::kDefaultSource;
     std::string usbDevice; // "" for the first USB serial device present
     std::map<int, std::string> comDevices; // COM port number -> device
+    std::string mqttCaFile;
+    std::string mqttCredentialsFile;
 
     // The device COM port `port` opens: its "COM<N>" entry, else /dev/ttyS<N-1>; "" for a port
     // number below 1.

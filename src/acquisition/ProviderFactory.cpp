@@ -1,5 +1,6 @@
 #include "ProviderFactory.h"
 
+#include "MqttProvider.h"
 #include "ReplayProvider.h"
 #include "SerialProvider.h"
 #include "SimulatedProvider.h"
@@ -28,6 +29,14 @@ std::unique_ptr<DataProvider> createProvider(const ProviderSource &source, bool 
         options.settings = settings;
         options.locale = locale;
         return std::make_unique<SerialProvider>(options);
+    }
+    case ProviderSource::Kind::Mqtt: {
+        MqttProvider::Options options;
+        options.address = source.mqtt;
+        options.caFile = source.mqttCaFile.empty() ? settings.mqttCaFile : source.mqttCaFile;
+        options.credentialsFile = source.mqttCredentialsFile.empty() ? settings.mqttCredentialsFile
+                                                                     : source.mqttCredentialsFile;
+        return std::make_unique<MqttProvider>(std::move(options), locale);
     }
     case ProviderSource::Kind::Udp:
         break;

@@ -19,6 +19,14 @@ std::optional<ProviderSource> ProviderSource::parse(std::string_view text, std::
 {
     ProviderSource s;
     s.text = std::string(text);
+    if (text.substr(0, 7) == "mqtt://" || text.substr(0, 8) == "mqtts://") {
+        s.kind = Kind::Mqtt;
+        std::optional<MqttAddress> address = MqttAddress::parse(text, false, error);
+        if (!address)
+            return std::nullopt;
+        s.mqtt = std::move(*address);
+        return s;
+    }
     const auto colon = text.find(':');
     const std::string_view kind = text.substr(0, colon);
     const std::string_view rest
@@ -71,7 +79,8 @@ std::optional<ProviderSource> ProviderSource::parse(std::string_view text, std::
     }
     return fail(error,
         "unknown source '" + std::string(text)
-            + "' (use sim[:SEED], replay:FILE, udp:[HOST:]PORT or serial[:DEVICE[:BAUD]])");
+            + "' (use sim[:SEED], replay:FILE, udp:[HOST:]PORT, serial[:DEVICE[:BAUD]] or "
+              "mqtt://HOST[:PORT]/PREFIX)");
 }
 
 } // namespace corvalog

@@ -265,7 +265,8 @@ bool writableAsText(std::string_view value, char decimal)
     return decimal == '.' || !isPlainDecimal(value, '.');
 }
 
-void appendValue(std::string &out, const std::string &value, char decimal)
+// The value's field unquoted: its text (with "." for the locale's decimal separator) or "hex:".
+void appendValueText(std::string &out, const std::string &value, char decimal)
 {
     if (!writableAsText(value, decimal)) {
         out += kHexPrefix;
@@ -273,17 +274,35 @@ void appendValue(std::string &out, const std::string &value, char decimal)
             appendHexByte(out, static_cast<unsigned char>(c));
         return;
     }
-    std::string_view text = value;
-    std::string converted;
-    if (decimal != '.' && isPlainDecimal(text, decimal)) {
-        converted = value;
-        converted[converted.find(decimal)] = '.';
-        text = converted;
-    }
-    appendCsvField(out, text, ',');
+    const std::size_t start = out.size();
+    out += value;
+    if (decimal != '.' && isPlainDecimal(value, decimal))
+        out[start + value.find(decimal)] = '.';
+}
+
+void appendValue(std::string &out, const std::string &value, char decimal)
+{
+    std::string text;
+    appendValueText(text, value, decimal);
+    if (text.compare(0, kHexPrefix.size(), kHexPrefix) == 0)
+        out += text;
+    else
+        appendCsvField(out, text, ',');
 }
 
 } // namespace
+
+std::string recordedValue(const std::string &value, const NumberLocale &locale)
+{
+    std::string text;
+    appendValueText(text, value, locale.decimal);
+    return text;
+}
+
+bool readRecordedValue(std::string_view text, std::string &value, const NumberLocale &locale)
+{
+    return parseValue(text, value, locale.decimal);
+}
 
 std::string recordingHeader()
 {

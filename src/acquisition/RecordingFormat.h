@@ -40,6 +40,12 @@ std::string recordingLine(const RecordedPacket &packet, const NumberLocale &loca
 // The same line's packet columns alone (base_station to error), appended without a line end.
 void appendPacketFields(std::string &out, const PacketNotification &p, const NumberLocale &locale);
 
+// A packet's value as a recording writes it, before any quoting: its text with "." as the
+// decimal separator, or "hex:" and byte pairs (see recordingLine).
+std::string recordedValue(const std::string &value, const NumberLocale &locale);
+// The reverse, as parseRecordingLine reads a value; false for "hex:" without whole byte pairs.
+bool readRecordedValue(std::string_view text, std::string &value, const NumberLocale &locale);
+
 // Milliseconds as a recording writes them: rounded to the thousandth, no trailing zeros ("40",
 // "40.5", "40.125"); negative and NaN times as "0".
 std::string recordingTime(double timeMs);

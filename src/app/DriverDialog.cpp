@@ -26,17 +26,20 @@ struct SourceKind {
     const char *sample; // the text choosing the kind writes
 };
 
-constexpr std::array<SourceKind, 4> kKinds = { {
+constexpr std::array<SourceKind, 5> kKinds = { {
     { "Simulated base station (built in)", "sim", "sim" },
     { "Serial base station", "serial", "serial" },
     { "Recording replay", "replay", "replay:" },
     { "UDP receiver", "udp", "udp:5000" },
+    { "Broker (relayed base stations)", "mqtt", "mqtt://broker/plant" },
 } };
 
 // The kind a source text names, -1 for none.
 int kindOf(const QString &text)
 {
-    const QString name = text.section(QLatin1Char(':'), 0, 0);
+    QString name = text.section(QLatin1Char(':'), 0, 0);
+    if (name == QLatin1String("mqtts"))
+        name = QStringLiteral("mqtt"); // the same broker source, over TLS
     for (std::size_t k = 0; k < kKinds.size(); ++k) {
         if (name == QLatin1String(kKinds[k].name))
             return static_cast<int>(k);
@@ -64,7 +67,8 @@ DriverDialog::DriverDialog(const QString &source, const QString &sourceOverride,
               0, 0 },
             { m_source, "tbSource", "lblSource", "Source",
                 "The source as CORVALOG_SOURCE names it: sim[:SEED], serial, "
-                "serial:DEVICE[:BAUD], replay:FILE or udp:[HOST:]PORT",
+                "serial:DEVICE[:BAUD], replay:FILE, udp:[HOST:]PORT or "
+                "mqtt://HOST[:PORT]/PREFIX",
                 nullptr, 1, 0 } });
     grid->setColumnStretch(1, 1);
 

@@ -17,6 +17,8 @@ std::string providerName(const ProviderSource &source)
         return "Corvalog recording replay";
     case ProviderSource::Kind::Serial:
         return "Corvalog serial base station";
+    case ProviderSource::Kind::Mqtt:
+        return "Corvalog broker source";
     case ProviderSource::Kind::Udp:
         break;
     }
