@@ -3,6 +3,7 @@
 #include "MqttPayload.h"
 #include "runtime/VbError.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QSysInfo>
 #include <cstdlib>
@@ -45,10 +46,13 @@ MqttClient::Options clientOptions(const MqttProvider::Options &o)
 
 std::string MqttProvider::defaultClientId(const MqttAddress &address)
 {
-    const QByteArray hash = QCryptographicHash::hash(
-        QByteArray::fromStdString(address.host + "\n" + address.prefix), QCryptographicHash::Sha1)
-                                .toHex()
-                                .left(8);
+    // The program and the tool each have their own session on the same prefix.
+    const QByteArray hash
+        = QCryptographicHash::hash(QByteArray::fromStdString(address.host + "\n" + address.prefix
+                                       + "\n" + QCoreApplication::applicationName().toStdString()),
+            QCryptographicHash::Sha1)
+              .toHex()
+              .left(8);
     // Client ids are at most 23 characters for every broker to take them.
     std::string id = "cvl-" + userName().substr(0, 6) + "-"
         + QSysInfo::machineHostName().left(4).toStdString() + "-" + hash.toStdString();

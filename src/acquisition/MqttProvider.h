@@ -45,8 +45,9 @@ public:
     std::uint64_t repeatCount() const { return m_repeats.load(); }
     bool connected() const { return m_client && m_client->isConnected(); }
 
-    // The client id a source uses when its address names none: one per user, machine and
-    // prefix, so the broker keeps this source's session for it across restarts.
+    // The client id a source uses when its address names none: one per user, machine, program
+    // and prefix, so the broker keeps this source's session for it across restarts. Two
+    // loggers of one user on one prefix need ids of their own (?client=ID).
     static std::string defaultClientId(const MqttAddress &address);
 
 private:

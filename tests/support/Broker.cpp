@@ -41,13 +41,13 @@ bool accepting(std::uint16_t port)
 
 } // namespace
 
-Broker::Broker(std::string folder)
+Broker::Broker(std::string folder, const std::string &listenerOptions)
     : m_folder(std::move(folder))
     , m_port(freePort())
 {
     // Started as root, the broker would change to its own user, who cannot write the folder.
     writeFile(m_folder + "/mosquitto.conf",
-        "listener " + std::to_string(m_port) + " 127.0.0.1\nallow_anonymous true\n"
+        "listener " + std::to_string(m_port) + " 127.0.0.1\n" + listenerOptions
             + "persistence true\npersistence_location " + m_folder + "/\n"
             + "autosave_interval 1\nmax_queued_messages 0\nlog_dest stderr\n"
             + (::geteuid() == 0 ? "user root\n" : ""));
@@ -82,9 +82,9 @@ void Broker::stop()
     m_process.reset();
 }
 
-std::string Broker::url(const std::string &path) const
+std::string Broker::url(const std::string &path, bool tls) const
 {
-    return "mqtt://127.0.0.1:" + std::to_string(m_port) + "/" + path;
+    return (tls ? "mqtts://127.0.0.1:" : "mqtt://127.0.0.1:") + std::to_string(m_port) + "/" + path;
 }
 
 std::string Broker::log() const

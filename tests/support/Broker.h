@@ -14,7 +14,10 @@ namespace corvalog {
 class Broker
 {
 public:
-    explicit Broker(std::string folder);
+    // `listenerOptions` are the listener's settings: anonymous clients by default; a test of
+    // passwords or TLS gives its own (password_file, certfile, ...).
+    explicit Broker(
+        std::string folder, const std::string &listenerOptions = "allow_anonymous true\n");
     ~Broker();
 
     // Starts it and waits until it takes connections; false when it did not within 5 s.
@@ -22,8 +25,8 @@ public:
     // Stops it cleanly (it saves its state) and waits for the end.
     void stop();
     std::uint16_t port() const { return m_port; }
-    // "mqtt://127.0.0.1:PORT/" + path.
-    std::string url(const std::string &path) const;
+    // "mqtt://127.0.0.1:PORT/" + path ("mqtts://" with `tls`).
+    std::string url(const std::string &path, bool tls = false) const;
     // What it wrote on standard error.
     std::string log() const;
 
