@@ -73,7 +73,9 @@ DriverDialog::DriverDialog(const QString &source, const QString &sourceOverride,
     grid->setColumnStretch(1, 1);
 
     auto *serialForms = new QLabel(tr("serial opens the workspace's Interface, Port and Baudrate; "
-                                      "serial:DEVICE[:BAUD] opens that device."),
+                                      "serial:DEVICE[:BAUD] opens that device; "
+                                      "mqtt://HOST[:PORT]/PREFIX reads every base station relayed "
+                                      "to a broker under PREFIX (mqtts:// with TLS)."),
         this);
     serialForms->setObjectName(QStringLiteral("lblSerialForms"));
     serialForms->setWordWrap(true);
