@@ -99,7 +99,7 @@ void BM_RelayLatency(benchmark::State &state)
         subscriber.port = broker.port();
         MqttClient::Events events;
         MqttClient *reader = nullptr;
-        events.connected = [&] { reader->subscribe("bench/+/packets"); };
+        events.connected = [&](bool) { reader->subscribe("bench/+/packets"); };
         events.message = [&](const std::string &, std::string_view payload) {
             using namespace std::chrono;
             const auto now

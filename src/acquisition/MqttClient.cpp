@@ -158,9 +158,10 @@ void MqttClient::onConnect(mosquitto *, void *self, int rc)
         return;
     }
     client.m_connected = true;
+    const bool again = client.m_lostTold;
     client.m_lostTold = false;
     if (client.m_events.connected)
-        client.m_events.connected();
+        client.m_events.connected(again);
 }
 
 void MqttClient::onDisconnect(mosquitto *, void *self, int rc)

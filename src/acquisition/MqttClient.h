@@ -43,7 +43,8 @@ public:
         bool cleanSession = true;
     };
     struct Events {
-        std::function<void()> connected;
+        // `again`: the loss of the broker was told before this connection.
+        std::function<void(bool again)> connected;
         std::function<void(const std::string &why)> lost;
         std::function<void(int mid)> acknowledged; // a QoS 1 message the broker now holds
         std::function<void(const std::string &topic, std::string_view payload)> message;

@@ -64,11 +64,12 @@ MqttProvider::MqttProvider(Options options, const NumberLocale &locale)
     , m_locale(locale)
 {
     MqttClient::Events events;
-    events.connected = [this] {
+    events.connected = [this](bool again) {
         // The session keeps the subscription, but a broker that lost it (no persistence) needs
         // it again.
         m_client->subscribe(m_options.address.subscription());
-        notice("The broker " + m_options.address.shown() + " is connected again.", false);
+        if (again)
+            notice("The broker " + m_options.address.shown() + " is connected again.", false);
     };
     events.lost = [this](const std::string &why) {
         notice("Lost the broker " + m_options.address.shown() + ": " + why

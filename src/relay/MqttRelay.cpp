@@ -64,7 +64,7 @@ MqttRelay::MqttRelay(Options options)
     if (!m_spool)
         throw VbError(kRelayFailure, error);
     MqttClient::Events events;
-    events.connected = [this] { reconnected(); };
+    events.connected = [this](bool again) { reconnected(again); };
     events.lost = [this](const std::string &why) {
         if (m_options.notice)
             m_options.notice("Lost the broker " + m_options.address.shown() + ": " + why
@@ -224,7 +224,7 @@ void MqttRelay::acknowledged(int mid)
     m_changed.notify_all();
 }
 
-void MqttRelay::reconnected()
+void MqttRelay::reconnected(bool again)
 {
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -233,8 +233,10 @@ void MqttRelay::reconnected()
         m_sent.clear();
         sendLocked();
     }
-    if (m_options.notice)
-        m_options.notice("Connected to the broker " + m_options.address.shown() + ".", false);
+    if (again && m_options.notice)
+        m_options.notice(
+            "The broker " + m_options.address.shown() + " is connected again; sending the spool.",
+            false);
     m_changed.notify_all();
 }
 

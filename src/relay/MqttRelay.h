@@ -73,7 +73,7 @@ private:
     void keepInMemory(std::uint64_t seq, std::uint32_t packets, std::string payload);
     void tellDrops();
     void acknowledged(int mid);
-    void reconnected();
+    void reconnected(bool again);
 
     Options m_options;
     std::unique_ptr<Spool> m_spool;
