@@ -73,6 +73,23 @@ std::optional<MqttCredentials> MqttCredentials::read(const std::string &path, st
     return c;
 }
 
+MqttClient::Options MqttClient::Options::forBroker(
+    const MqttAddress &address, const std::string &caFile, const std::string &credentialsFile)
+{
+    Options o;
+    o.host = address.host;
+    o.port = address.port;
+    o.tls = address.tls;
+    o.caFile = caFile;
+    if (!credentialsFile.empty()) {
+        std::string error;
+        o.credentials = MqttCredentials::read(credentialsFile, error);
+        if (!o.credentials)
+            throw VbError(kBrokerFailure, error);
+    }
+    return o;
+}
+
 MqttClient::MqttClient(Options options, Events events)
     : m_options(std::move(options))
     , m_events(std::move(events))

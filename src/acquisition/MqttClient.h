@@ -1,5 +1,7 @@
 #pragma once
 
+#include "MqttAddress.h"
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -41,6 +43,11 @@ public:
         std::string clientId;
         // False keeps the broker's session (subscriptions and QoS 1 messages) across reconnects.
         bool cleanSession = true;
+
+        // The options for a broker address, its CA file and its credentials file ("" for
+        // none); raises VbError when the credentials cannot be read.
+        static Options forBroker(const MqttAddress &address, const std::string &caFile,
+            const std::string &credentialsFile);
     };
     struct Events {
         // `again`: the loss of the broker was told before this connection.

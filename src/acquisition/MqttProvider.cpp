@@ -1,7 +1,6 @@
 #include "MqttProvider.h"
 
 #include "MqttPayload.h"
-#include "runtime/VbError.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -12,8 +11,6 @@ namespace corvalog {
 
 namespace {
 
-constexpr int kBrokerFailure = -2147467259;
-
 std::string userName()
 {
     for (const char *name : { "USER", "LOGNAME", "USERNAME" }) {
@@ -21,25 +18,6 @@ std::string userName()
             return value;
     }
     return "user";
-}
-
-MqttClient::Options clientOptions(const MqttProvider::Options &o)
-{
-    MqttClient::Options c;
-    c.host = o.address.host;
-    c.port = o.address.port;
-    c.tls = o.address.tls;
-    c.caFile = o.caFile;
-    if (!o.credentialsFile.empty()) {
-        std::string error;
-        c.credentials = MqttCredentials::read(o.credentialsFile, error);
-        if (!c.credentials)
-            throw VbError(kBrokerFailure, error);
-    }
-    c.clientId = o.address.clientId.empty() ? MqttProvider::defaultClientId(o.address)
-                                            : o.address.clientId;
-    c.cleanSession = false;
-    return c;
 }
 
 } // namespace
@@ -78,7 +56,12 @@ MqttProvider::MqttProvider(Options options, const NumberLocale &locale)
     };
     events.message
         = [this](const std::string &topic, std::string_view payload) { received(topic, payload); };
-    m_client = std::make_unique<MqttClient>(clientOptions(m_options), std::move(events));
+    MqttClient::Options client = MqttClient::Options::forBroker(
+        m_options.address, m_options.caFile, m_options.credentialsFile);
+    client.clientId = m_options.address.clientId.empty() ? defaultClientId(m_options.address)
+                                                         : m_options.address.clientId;
+    client.cleanSession = false;
+    m_client = std::make_unique<MqttClient>(std::move(client), std::move(events));
 }
 
 MqttProvider::~MqttProvider()
@@ -100,21 +83,22 @@ void MqttProvider::CloseInterface()
 void MqttProvider::received(const std::string &topic, std::string_view payload)
 {
     const std::uint64_t number = m_received.fetch_add(1) + 1;
-    const std::string where = "message " + std::to_string(number) + " on " + topic;
+    // Only a message that does not read is named.
+    const auto where = [&] { return "message " + std::to_string(number) + " on " + topic; };
     const std::string station = m_options.address.stationOf(topic);
     RelayMessage message;
     std::string error;
     std::vector<std::string> badPackets;
     if (station.empty()) {
-        reportMalformed(where + ": not a topic of " + m_options.address.subscription());
+        reportMalformed(where() + ": not a topic of " + m_options.address.subscription());
         return;
     }
     if (!decodeRelayMessage(payload, message, error, badPackets, m_locale)) {
-        reportMalformed(where + ": " + error);
+        reportMalformed(where() + ": " + error);
         return;
     }
     if (message.station != station) {
-        reportMalformed(where + ": its station \"" + message.station + "\" is not the topic's");
+        reportMalformed(where() + ": its station \"" + message.station + "\" is not the topic's");
         return;
     }
     {
@@ -126,7 +110,7 @@ void MqttProvider::received(const std::string &topic, std::string_view payload)
     }
     ++m_messages;
     for (const std::string &bad : badPackets)
-        reportMalformed(where + " " + bad);
+        reportMalformed(where() + " " + bad);
     if (!message.packets.empty())
         deliver(std::move(message.packets));
 }

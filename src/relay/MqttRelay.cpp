@@ -20,24 +20,6 @@ std::int64_t utcNowMs()
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-MqttClient::Options clientOptions(const MqttRelay::Options &o)
-{
-    MqttClient::Options c;
-    c.host = o.address.host;
-    c.port = o.address.port;
-    c.tls = o.address.tls;
-    c.caFile = o.caFile;
-    if (!o.credentialsFile.empty()) {
-        std::string error;
-        c.credentials = MqttCredentials::read(o.credentialsFile, error);
-        if (!c.credentials)
-            throw VbError(kRelayFailure, error);
-    }
-    // The spool, not the broker's session, keeps what is not yet acknowledged.
-    c.cleanSession = true;
-    return c;
-}
-
 } // namespace
 
 std::string MqttRelay::defaultSpoolFolder(const MqttAddress &address)
@@ -72,7 +54,11 @@ MqttRelay::MqttRelay(Options options)
                 true);
     };
     events.acknowledged = [this](int mid) { acknowledged(mid); };
-    m_client = std::make_unique<MqttClient>(clientOptions(m_options), std::move(events));
+    MqttClient::Options client = MqttClient::Options::forBroker(
+        m_options.address, m_options.caFile, m_options.credentialsFile);
+    // The spool, not the broker's session, keeps what is not yet acknowledged.
+    client.cleanSession = true;
+    m_client = std::make_unique<MqttClient>(std::move(client), std::move(events));
 }
 
 MqttRelay::~MqttRelay()
